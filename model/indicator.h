@@ -1,0 +1,215 @@
+#pragma once
+// The formula objects: one formula (CIndicator), one statement with its result (CExpression),
+// one parameter (CParam) and one fixed axis line (CAxeValue).
+//
+// The classes have public fields: the evaluator, the dialogs, the picker and the host's chart
+// view all read and write them directly. A CIndicator carries the definition of a formula, the
+// data context of one evaluation and the results, which live in its statements.
+//
+// Calling sequence of an evaluation:
+//   1. set m_lStockID;  2. Change();  3. set m_pHisDay, m_nBarCount, m_nDrawStart = 0,
+//   m_nDrawEnd = bar count (and m_nPeriod if the caller knows the period);  4. AllocMem(count);
+//   5. Calc(0, count);  6. read each statement with m_cComputed == 1 over m_nFirst..m_nEnd-1.
+
+#include <vector>
+
+#include "engine/series_pool.h"
+#include "model/binstream.h"
+#include "model/hisday.h"
+#include "model/types.h"
+
+// Longest texts the file records can hold (field width minus the terminating zero).
+constexpr int NY_NAME_BYTES = 31;
+constexpr int NY_STATEMENT_BYTES = 511;
+
+// The largest source the long file form holds and the largest the formula dialog accepts.
+constexpr int NY_SOURCE_FILE_BYTES = 10239;
+constexpr int NY_SOURCE_DIALOG_CHARS = 10000;
+
+// Formula kinds (m_MainType).
+enum : short { NY_KIND_INDICATOR = 0, NY_KIND_CONDITION = 1, NY_KIND_TRADE = 2, NY_KIND_CANDLE = 3 };
+
+// Bar periods (m_nPeriod and the index of CParam::m_nPeriodValue).
+enum : short {
+    NY_PERIOD_DAY = 1, NY_PERIOD_WEEK, NY_PERIOD_MONTH, NY_PERIOD_QUARTER, NY_PERIOD_YEAR,
+    NY_PERIOD_MIN1, NY_PERIOD_MIN5, NY_PERIOD_MIN15, NY_PERIOD_MIN30, NY_PERIOD_MIN60
+};
+
+// A no-value mark for bars of a statement's series that have nothing to draw.
+constexpr float DRAWNULL = -1e36f;
+
+// One record for the chart's tip display, gathered during an evaluation.
+struct tagHisTechInfoFile {
+    int m_lID = 0;
+    char m_szText[80] = {};
+};
+
+class CParam {
+public:
+    CString m_strName;
+    short m_nMax = 0;
+    short m_nMin = 0;
+    short m_nDefault = 0;
+    short m_nPeriodValue[11] = {};  // index 1 to 10 by period; 0 means that none is set
+
+    CParam() = default;
+    CParam(const CParam&) = default;
+    CParam& operator=(const CParam&) = default;
+    virtual ~CParam() = default;
+
+    // The value for a bar period: the period's own value if one is set, else the default.
+    short GetParam(short period) const;
+    void SetParam(short period, short value);
+
+    void Save(CBinStream& stream) const;
+    void Load(CBinStream& stream);
+};
+
+class CAxeValue {
+public:
+    short m_nValue = 0;
+    char m_cCritical = 0;  // copied with the object, never stored
+
+    CAxeValue() = default;
+    CAxeValue(const CAxeValue&) = default;
+    CAxeValue& operator=(const CAxeValue&) = default;
+    virtual ~CAxeValue() = default;
+
+    void Save(CBinStream& stream) const;
+    void Load(CBinStream& stream);
+};
+
+class CExpression {
+public:
+    // Definition.
+    CString m_strName;
+    CString m_strText;  // upper case, as the syntax test left it
+    short m_nType = 0;  // 0 assignment; else a line style or a draw command's kind
+    int m_lColor = -1;  // -1: no colour given
+    short m_nWidth = 1;
+
+    // Result of the evaluations since the last Change.
+    short m_nFirst = 30000;  // 30000: nothing computed yet
+    short m_nEnd = 0;
+    char m_cIsSeries = 0;
+    char m_cComputed = 0;
+    float* m_pData = nullptr;      // m_nAllocBars values
+    short m_nAllocBars = 0;
+    float* m_pDrawData = nullptr;  // 4 floats per bar for draw commands
+    char m_DrawParams[128] = {};
+    CString m_strDrawText;
+    int m_lDrawArgs[4] = {};
+    int m_nHasDraw = 0;
+    char* m_pPoints = nullptr;  // 12 bytes per bar for the chart view; unused inside the module
+
+    CExpression() = default;
+    // A shallow copy, pointers included: only one of the two copies may own the buffers.
+    CExpression(const CExpression&) = default;
+    // Copies the definition only.
+    CExpression& operator=(const CExpression& other);
+    ~CExpression();
+
+    void AllocMem(short bars);
+    void Change();
+    // Frees the per-bar chart area and makes a fresh one, 12 bytes per bar, first 8 per bar zeroed.
+    void ResetPoints(short barCount);
+
+    void Save(CBinStream& stream) const;
+    void Load(CBinStream& stream);
+};
+
+class CIndicator {
+public:
+    // Evaluator's working state.
+    char* m_pCursor = nullptr;
+    short m_nCurFrom = 0;
+    short m_nCurTo = 0;
+    short m_nCurSpan = 0;
+
+    // Definition, stored in files.
+    CString m_strName;
+    CString m_strTitle;
+    char m_cDrawPos = 0;  // 0 own chart, 1 over the main chart
+    std::vector<CParam*> m_arParams;
+    std::vector<CAxeValue*> m_arAxes;
+    std::vector<CExpression*> m_arExpressions;
+    CString m_strSource;
+    CString m_strUsage;
+    CString m_strExtra;
+    char m_cHasPassword = 0;
+    CString m_strPassword;
+    CString m_strAxes;
+    short m_MainType = 0;
+    short m_SubType = 0;
+    char m_SysIndex = 0;
+
+    // Further properties, not stored in files.
+    int m_IsEditable = 1;
+    int m_nBaseSet = 0;
+    std::vector<CString> m_arPYCodes;
+
+    // Data context, set by the caller before Calc.
+    CHisDay* m_pHisDay = nullptr;
+    short m_nBarCount = 0;
+    short m_nDrawStart = 0;
+    short m_nDrawEnd = 0;
+    int m_lStockID = 0;
+    short m_nPeriod = 1;
+    short m_nAllocBars = 0;
+
+    // Results and per-evaluation stores beyond the statements.
+    int m_nNextInfoID = 1;
+    std::vector<tagHisTechInfoFile> m_arInfoRecords;
+    CHisDay* m_pIndexDay = nullptr;
+
+    CIndicator() = default;
+    CIndicator(const CIndicator&) = delete;
+    virtual ~CIndicator();
+    // Copies the definition and m_nPeriod; the copy's statements have no buffers.
+    const CIndicator& operator=(const CIndicator& other);
+
+    void AllocMem(short bars);
+    void Change();
+    int Calc(short from, short to);
+    void DeleteParam();
+    void DeleteAxeValue();
+    void DeleteExpression();
+    CExpression* Find(const CString& name) const;
+
+    void Save(CBinStream& stream, BOOL bLong) const;
+    void Load(CBinStream& stream, BOOL bLong);
+
+    int LoadIndexDay(int);
+
+    // ---- Evaluator. Every method returns an 8-bit code, 0 for success. ----
+    char CalExp(char* line, float* out, short* from, short* to, char* flag, CExpression* expr);
+
+    // Value grammar.
+    char ReadExp(float* out, short* from, short* to, char* flag, CExpression* expr);
+    char ReadExp1(float* out, short* from, short* to, char* flag, CExpression* expr);
+    char ReadExp2(float* out, short* from, short* to, char* flag, CExpression* expr);
+    char ReadItem(float* out, short* from, short* to, char* flag, CExpression* expr);
+    char ReadNumber(float* out, short* from, short* to, char* flag, CExpression* expr);
+
+    // Condition grammar.
+    char ReadLogical(char* out, short* from, short* to, char* flag);
+    char ReadLogItem(char* out, short* from, short* to, char* flag);
+    char ReadLogNum(char* out, short* from, short* to, char* flag);
+
+    char CountCuma();
+
+    // Words of the market: prices and volumes, and the other market words.
+    char ReadMarketWord(const char* word, float* out, short* from, short* to, char permission,
+                        char* isSeries, bool* known);
+
+    // Buffers of the descent, reused across operands, statements and runs of this object.
+    ny::SeriesPool m_pool;
+
+private:
+    char ReadStatementWord(const char* word, float* out, short* from, short* to, char permission,
+                           char* isSeries, bool* known);
+    char ReadParamWord(const char* word, float* out, bool* known) const;
+    char CopyStatement(const CExpression& source, float* out, short* from, short* to,
+                       char permission, char* isSeries);
+    void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);
+};
