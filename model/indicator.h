@@ -199,16 +199,14 @@ public:
     char CountCuma();
 
     // Words of the market: prices and volumes, and the other market words.
-    char ReadMarketWord(const char* word, float* out, short* from, short* to, char permission,
-                        char* isSeries, bool* known);
+    char ReadMarketWord(char* word, float* out, short* from, short* to, char permission,
+                        char* isSeries);
 
     // Buffers of the descent, reused across operands, statements and runs of this object.
     ny::SeriesPool m_pool;
 
 private:
-    char ReadStatementWord(const char* word, float* out, short* from, short* to, char permission,
-                           char* isSeries, bool* known);
-    char ReadParamWord(const char* word, float* out, bool* known) const;
+    char ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission);
     char CopyStatement(const CExpression& source, float* out, short* from, short* to,
                        char permission, char* isSeries);
     void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);

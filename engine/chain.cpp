@@ -1,0 +1,72 @@
+#include "engine/chain.h"
+
+#include <string_view>
+#include <unordered_map>
+
+namespace ny {
+
+const std::vector<WordGroup>& BuiltInChain() {
+    static const std::vector<WordGroup> chain = {
+        {{"REVERSE", "ABS", "SIGN", "SQRT", "NOT", "SIN", "COS", "TAN", "ASIN", "ACOS", "ATAN", "LN",
+          "LOG", "EXP", "CEILING", "FLOOR", "INTPART", "FRACPART", "ROUND", "RAND", "DYNAINFO",
+          "FINANCE"},
+         nullptr, nullptr, false, false},
+        {{"MOD", "MAX", "MIN", "POW"}, nullptr, nullptr, false, false},
+        {{"RGB", "BETWEEN"}, nullptr, nullptr, false, false},
+        {{"PERIOD", "DATE", "TIME", "YEAR", "MONTH", "DAY", "WEEKDAY", "HOUR", "MINUTE", "FROMOPEN"},
+         nullptr, nullptr, true, false},
+        {{"DATETODAY", "DAYTODATE", "TIMETOSEC", "SECTOTIME", "BETA"}, nullptr, nullptr, true, false},
+        {{"HIGH", "H", "OPEN", "O", "LOW", "L", "CLOSE", "C", "VOL", "V", "AMOUNT", "BUYVOL",
+          "SELLVOL", "SETCODE", "CAPITAL", "ISINDEX", "INDEXC", "INDEXH", "INDEXL", "INDEXO",
+          "INDEXV", "INDEXA", "INDEXADV", "INDEXDEC", "ADVANCE", "DECLINE", "CURRBARSCOUNT",
+          "TOTALBARSCOUNT", "INLASTBAR", "ISLASTBAR", "POS", "INFUND", "SUPERFUND", "BIGFUND",
+          "MIDFUND", "SMALLFUND", "DDX", "DDX1", "DDX2", "DDX3"},
+         &CIndicator::ReadMarketWord, nullptr, true, true},
+        {{"MA", "SUM", "HHV", "LLV", "REF", "STD", "STDP", "AVEDEV", "DEVSQ", "FORCAST", "SLOPE",
+          "VAR", "VARP", "EMA", "EXPMA", "MEMA", "EXPMEMA", "DMA", "UPNDAY", "DOWNNDAY", "HHVBARS",
+          "LLVBARS", "REFDATE", "SUMBARS"},
+         nullptr, nullptr, true, true},
+        {{"BARSCOUNT", "CONST", "TOPRANGE", "LOWRANGE"}, nullptr, nullptr, true, false},
+        {{"IF", "IFF", "IFN"}, nullptr, nullptr, false, false},
+        {{"SMA", "RANGE"}, nullptr, nullptr, true, false},
+        {{"CROSS"}, nullptr, nullptr, true, false},
+        {{"LONGCROSS", "NDAY", "COVAR", "RELATE", "BETAEX"}, nullptr, nullptr, true, false},
+        {{"BARSLAST", "BARSSINCE", "BARSLASTCOUNT"}, nullptr, nullptr, true, false},
+        {{"EXIST", "EVERY", "COUNT", "BACKSET", "BARSSINCEN", "FILTER"}, nullptr, nullptr, true, false},
+        {{"LAST"}, nullptr, nullptr, true, false},
+        {{"FINDHIGH", "FINDLOW"}, nullptr, nullptr, true, false},
+        {{"FORCAL"}, nullptr, nullptr, true, false},
+        {{"PLOYLINE", "DRAWLINE", "DRAWKLINE", "STICKLINE", "DRAWICON", "DRAWTEXT", "DRAWBAND",
+          "FILLRGN", "DRAWNULL", "DRAWHITTIP", "DRAWSIGN", "DRAWBMP", "DRAWGBK", "DRAWTEXT_FIX",
+          "DRAWTEXT_OFFSET", "DRAWNUMBER"},
+         nullptr, nullptr, true, false},
+        {{"WINNER", "COST"}, nullptr, nullptr, true, false},
+        {{"ZIG"}, nullptr, nullptr, true, false},
+        {{"PEAK", "PEAKBARS", "TROUGH", "TROUGHBARS"}, nullptr, nullptr, true, false},
+        {{"SAR", "SARTURN"}, nullptr, nullptr, true, false},
+        {{"INMODULE", "MODULESETNUM"}, nullptr, nullptr, false, false},
+        {{"MODULESORT"}, nullptr, nullptr, false, false},
+        {{"MFLOW"}, nullptr, nullptr, true, false},
+        {{"HYBLOCK", "GNBLOCK", "FGBLOCK", "DYBLOCK"}, nullptr, nullptr, false, false},
+        {{"STRCAT"}, nullptr, nullptr, false, false},
+        {{"CON2STR"}, nullptr, nullptr, false, false},
+        {{"INFOFILE"}, nullptr, nullptr, false, false},
+        {{"STRING"}, nullptr, nullptr, false, false},
+    };
+    return chain;
+}
+
+const WordGroup* FindBuiltInWord(const char* word) {
+    // The chain is searched in order; a map from each word to the first group holding it gives
+    // the same answer without a string comparison per built-in word.
+    static const std::unordered_map<std::string_view, const WordGroup*> index = [] {
+        std::unordered_map<std::string_view, const WordGroup*> map;
+        for (const WordGroup& group : BuiltInChain())
+            for (const char* w : group.words) map.emplace(w, &group);
+        return map;
+    }();
+    const auto found = index.find(word);
+    return found == index.end() ? nullptr : found->second;
+}
+
+}  // namespace ny

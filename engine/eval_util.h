@@ -1,0 +1,65 @@
+#pragma once
+// Small pieces shared by the levels of the evaluator: operator tokens at the cursor, spreading a
+// constant over a bar range, and bar ranges clamped to the buffers.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace ny {
+
+// Magnitude below (or not above) which a divisor or a condition value counts as zero.
+constexpr double kZeroTolerance = 0.000001;
+
+inline bool At(const char* p, const char* token) {
+    return std::strncmp(p, token, std::strlen(token)) == 0;
+}
+
+// The words "AND " and "OR " are operators wherever they stand, the blank included.
+inline bool AtAndWord(const char* p) { return At(p, "AND "); }
+inline bool AtOrWord(const char* p) { return At(p, "OR "); }
+
+// Bars from..to limited to the buffer of `count` elements; empty when from > to.
+struct BarSpan {
+    int first;
+    int last;
+    BarSpan(short from, short to, short count)
+        : first(std::max<int>(from, 0)), last(std::min<int>(to, count - 1)) {}
+};
+
+// Writes element 0 of a constant's buffer over bars from..to.
+template <typename T>
+void Spread(T* buffer, short from, short to, short count) {
+    const BarSpan span(from, to, count);
+    for (int i = span.first; i <= span.last; ++i) buffer[i] = buffer[0];
+}
+
+inline bool IsZeroDivisor(float value) { return std::fabs(static_cast<double>(value)) <= kZeroTolerance; }
+inline bool IsZeroConstantDivisor(float value) {
+    return std::fabs(static_cast<double>(value)) < kZeroTolerance;
+}
+inline bool IsTrue(float value) { return std::fabs(static_cast<double>(value)) > kZeroTolerance; }
+
+// Operators of the value grammar.
+enum class Op { None, And, Or, Greater, GreaterEqual, Less, LessEqual, Equal, NotEqual, Add, Sub, Mul, Div };
+
+inline float Apply(Op op, float l, float r) {
+    switch (op) {
+        case Op::And: return (l != 0.0f && r != 0.0f) ? 1.0f : 0.0f;
+        case Op::Or: return (l == 0.0f && r == 0.0f) ? 0.0f : 1.0f;
+        case Op::Greater: return l > r ? 1.0f : 0.0f;
+        case Op::GreaterEqual: return l >= r ? 1.0f : 0.0f;
+        case Op::Less: return l < r ? 1.0f : 0.0f;
+        case Op::LessEqual: return l <= r ? 1.0f : 0.0f;
+        case Op::Equal: return l == r ? 1.0f : 0.0f;
+        case Op::NotEqual: return l != r ? 1.0f : 0.0f;
+        case Op::Add: return l + r;
+        case Op::Sub: return l - r;
+        case Op::Mul: return l * r;
+        case Op::Div: return l / r;
+        case Op::None: return r;
+    }
+    return r;
+}
+
+}  // namespace ny

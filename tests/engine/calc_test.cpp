@@ -1,0 +1,148 @@
+// The run over a formula's statements: what each outcome leaves in the statement, the shared bar
+// range, and the limits of a statement's text.
+
+#include <gtest/gtest.h>
+
+#include "tests/engine/formula_fixture.h"
+
+using nytest::Formula;
+using nytest::RisingBars;
+
+namespace {
+
+TEST(Calc, FormulaWithoutStatementsRuns) {
+    Formula f({});
+    EXPECT_EQ(f.Run(RisingBars(10)), 1);
+}
+
+TEST(Calc, RefusesWithoutBarsAndLeavesStatementsAlone) {
+    Formula f({{"A", "5"}});
+    f.ind.AllocMem(10);
+    f.ind.m_nBarCount = 10;
+    EXPECT_EQ(f.ind.Calc(0, 10), 0);
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(f["A"].m_nFirst, 30000);
+}
+
+TEST(Calc, ConstantStatementFillsTheWholeRange) {
+    Formula f({{"X", "5"}});
+    ASSERT_EQ(f.Run(RisingBars(100)), 1);
+    const CExpression& x = f["X"];
+    EXPECT_EQ(x.m_cComputed, 1);
+    EXPECT_EQ(x.m_cIsSeries, 0);
+    EXPECT_EQ(x.m_nFirst, 0);
+    EXPECT_EQ(x.m_nEnd, 100);
+    for (int i = 0; i < 100; ++i) ASSERT_FLOAT_EQ(x.m_pData[i], 5.0f) << i;
+}
+
+TEST(Calc, SeriesStatementCopiesTheBars) {
+    Formula f({{"A", "CLOSE"}});
+    f.Run(RisingBars(20));
+    EXPECT_EQ(f["A"].m_cIsSeries, 1);
+    EXPECT_FLOAT_EQ(f.At("A", 0), 1.0f);
+    EXPECT_FLOAT_EQ(f.At("A", 19), 20.0f);
+}
+
+TEST(Calc, EmptyStatementFails) {
+    Formula f({{"A", ""}, {"B", "1"}});
+    f.Run(RisingBars(5));
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(f["B"].m_cComputed, 1);
+}
+
+TEST(Calc, FailureDoesNotStopTheNextStatement) {
+    Formula f({{"B", "NOWORD"}, {"C", "CLOSE"}});
+    f.Run(RisingBars(10));
+    EXPECT_EQ(f["B"].m_cComputed, 0);
+    EXPECT_FLOAT_EQ(f.At("B", 3), 0.0f);
+    EXPECT_EQ(f["C"].m_cComputed, 1);
+    EXPECT_FLOAT_EQ(f.At("C", 3), 4.0f);
+}
+
+TEST(Calc, NarrowedRangeCarriesToLaterStatements) {
+    // The market may be read from bar 3 on: the constant before the first market word is valid
+    // from bar 0, everything behind it only from bar 3, constants included.
+    Formula f({{"K", "7"}, {"A", "CLOSE"}, {"B", "7"}});
+    f.Run(RisingBars(10), 3);
+    EXPECT_EQ(f["K"].m_nFirst, 0);
+    EXPECT_EQ(f["A"].m_nFirst, 3);
+    EXPECT_EQ(f["B"].m_nFirst, 3);
+    EXPECT_EQ(f["B"].m_nEnd, 10);
+    EXPECT_FLOAT_EQ(f.At("B", 2), 0.0f);
+    EXPECT_FLOAT_EQ(f.At("B", 3), 7.0f);
+}
+
+TEST(Calc, ConstantDeclaredBehindANarrowingReadsItsValue) {
+    Formula f({{"A", "CLOSE"}, {"X", "5"}, {"B", "CLOSE*X"}});
+    f.Run(RisingBars(10), 3);
+    EXPECT_FLOAT_EQ(f.At("B", 4), 25.0f);
+    EXPECT_FLOAT_EQ(f.At("B", 9), 50.0f);
+}
+
+TEST(Calc, LaterStatementIsNotComputedYet) {
+    Formula f({{"A", "B+1"}, {"B", "CLOSE"}});
+    f.Run(RisingBars(5));
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(f["B"].m_cComputed, 1);
+}
+
+TEST(Calc, StatementWithoutBufferIsSkipped) {
+    Formula f({{"A", "CLOSE"}});
+    std::vector<CHisDay> bars = RisingBars(5);
+    nytest::AttachBars(f.ind, bars);
+    EXPECT_EQ(f.ind.Calc(0, 5), 1);
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(f["A"].m_pData, nullptr);
+}
+
+TEST(Calc, LineBreaksInsideAStatementVanish) {
+    Formula f({{"A", "CLO\r\nSE+\n1"}});
+    f.Run(RisingBars(5));
+    ASSERT_EQ(f["A"].m_cComputed, 1);
+    EXPECT_FLOAT_EQ(f.At("A", 4), 6.0f);
+}
+
+TEST(Calc, StatementOf511BytesRunsAnd512BytesFails) {
+    std::string text = "1";
+    while (text.size() < 511) text += "+1";
+    ASSERT_EQ(text.size(), 511u);
+    Formula f({{"A", text}, {"B", text + " "}});
+    f.Run(RisingBars(3));
+    EXPECT_EQ(f["A"].m_cComputed, 1);
+    EXPECT_FLOAT_EQ(f.At("A", 0), 256.0f);
+    EXPECT_EQ(f["B"].m_cComputed, 0);
+}
+
+TEST(Calc, OverlongTextIsRefusedWithoutOverrun) {
+    Formula f({{"A", std::string(5000, '1')}});
+    f.Run(RisingBars(3));
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+}
+
+TEST(Calc, DrawingStatementGetsItsChartArea) {
+    Formula f({{"A", "CLOSE"}, {"B", "CLOSE"}, {"N", "CLOSE"}});
+    f.ind.m_arExpressions[0]->m_nType = 1;
+    f.ind.m_arExpressions[2]->m_nType = 25;
+    f.Run(RisingBars(4));
+    EXPECT_EQ(f["A"].m_nHasDraw, 1);
+    ASSERT_NE(f["A"].m_pPoints, nullptr);
+    for (int i = 0; i < 4 * 8; ++i) ASSERT_EQ(f["A"].m_pPoints[i], 0);
+    EXPECT_EQ(f["B"].m_nHasDraw, 0);
+    EXPECT_EQ(f["B"].m_pPoints, nullptr);
+    EXPECT_EQ(f["N"].m_pPoints, nullptr);
+}
+
+TEST(Calc, ResultsOnlyWidenUntilChange) {
+    Formula f({{"A", "CLOSE"}});
+    f.Run(RisingBars(10), 4);
+    EXPECT_EQ(f["A"].m_nFirst, 4);
+    // A second run without Change keeps the widest range seen.
+    f.ind.m_nDrawStart = 6;
+    f.ind.Calc(0, 10);
+    EXPECT_EQ(f["A"].m_nFirst, 4);
+    f.ind.Change();
+    EXPECT_EQ(f["A"].m_nFirst, 30000);
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+}
+
+}  // namespace

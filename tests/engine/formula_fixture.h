@@ -1,0 +1,140 @@
+#pragma once
+// Builds a formula from "NAME:TEXT" statements and runs it over bars, the way the picker and the
+// chart view do: Change, bars, AllocMem, Calc.
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/indicator.h"
+
+namespace nytest {
+
+// Bars with open = close - 0.5, high = close + 1, low = close - 1, volume = 100 x close and
+// amount = 1000 x close; dates count up from 20240102.
+inline std::vector<CHisDay> MakeBars(const std::vector<float>& closes) {
+    std::vector<CHisDay> bars(closes.size());
+    for (size_t i = 0; i < closes.size(); ++i) {
+        bars[i].m_lTime = 20240102 + static_cast<int>(i);
+        bars[i].m_fClose = closes[i];
+        bars[i].m_fOpen = closes[i] - 0.5f;
+        bars[i].m_fHigh = closes[i] + 1;
+        bars[i].m_fLow = closes[i] - 1;
+        bars[i].m_fVolume = closes[i] * 100;
+        bars[i].m_fAmount = closes[i] * 1000;
+    }
+    return bars;
+}
+
+// Closes 1, 2, 3, ... n.
+inline std::vector<CHisDay> RisingBars(int n) {
+    std::vector<float> closes;
+    for (int i = 1; i <= n; ++i) closes.push_back(static_cast<float>(i));
+    return MakeBars(closes);
+}
+
+struct Statement {
+    std::string name;
+    std::string text;
+};
+
+class Formula {
+public:
+    Formula(std::initializer_list<Statement> statements) {
+        for (const auto& [name, text] : statements) {
+            auto* expr = new CExpression;
+            expr->m_strName = name;
+            expr->m_strText = text;
+            ind.m_arExpressions.push_back(expr);
+        }
+    }
+
+    void AddParam(const std::string& name, short value) {
+        auto* param = new CParam;
+        param->m_strName = name;
+        param->m_nMin = -100;
+        param->m_nMax = 1000;
+        param->m_nDefault = value;
+        ind.m_arParams.push_back(param);
+    }
+
+    int Run(std::vector<CHisDay> newBars, short drawStart = 0) {
+        bars = std::move(newBars);
+        const short count = static_cast<short>(bars.size());
+        ind.Change();
+        ind.m_pHisDay = bars.data();
+        ind.m_nBarCount = count;
+        ind.m_nDrawStart = drawStart;
+        ind.m_nDrawEnd = count;
+        ind.AllocMem(count);
+        return ind.Calc(0, count);
+    }
+
+    const CExpression& operator[](const std::string& name) const { return *ind.Find(name); }
+    float At(const std::string& name, int bar) const { return ind.Find(name)->m_pData[bar]; }
+
+    CIndicator ind;
+    std::vector<CHisDay> bars;
+};
+
+// Evaluates one expression text alone over the bars and returns the code of CalExp; the value
+// and the range are left in the out parameters.
+struct Reading {
+    char code = 0;
+    char isSeries = 0;
+    short from = 0;
+    short to = 0;
+    std::vector<float> values;
+};
+
+inline Reading ReadValue(CIndicator& ind, const std::string& text) {
+    Reading reading;
+    char line[600] = {};
+    text.copy(line, std::min<size_t>(text.size(), 520));
+    reading.values.assign(std::max<int>(ind.m_nBarCount, 1), 0.0f);
+    reading.from = 0;
+    reading.to = static_cast<short>(ind.m_nBarCount - 1);
+    ind.m_nCurFrom = ind.m_nDrawStart;
+    ind.m_nCurTo = ind.m_nDrawEnd;
+    reading.isSeries = 1;
+    reading.code = ind.CalExp(line, reading.values.data(), &reading.from, &reading.to,
+                              &reading.isSeries, nullptr);
+    return reading;
+}
+
+// Reads a condition text with the condition grammar, closed by ',' as a function argument is.
+struct Condition {
+    char code = 0;
+    char isSeries = 0;
+    short from = 0;
+    short to = 0;
+    std::vector<char> truth;
+};
+
+inline Condition ReadCondition(CIndicator& ind, const std::string& text) {
+    Condition cond;
+    std::vector<char> line(text.begin(), text.end());
+    line.push_back(',');
+    line.push_back(';');
+    line.push_back('\0');
+    cond.truth.assign(std::max<int>(ind.m_nBarCount, 1), 0);
+    cond.from = 0;
+    cond.to = static_cast<short>(ind.m_nBarCount - 1);
+    ind.m_nCurFrom = ind.m_nDrawStart;
+    ind.m_nCurTo = ind.m_nDrawEnd;
+    ind.m_pCursor = line.data();
+    cond.isSeries = 1;
+    cond.code = ind.ReadLogical(cond.truth.data(), &cond.from, &cond.to, &cond.isSeries);
+    return cond;
+}
+
+// Puts bars into a formula object without running it, for direct readings.
+inline void AttachBars(CIndicator& ind, std::vector<CHisDay>& bars, short drawStart = 0) {
+    ind.m_pHisDay = bars.data();
+    ind.m_nBarCount = static_cast<short>(bars.size());
+    ind.m_nDrawStart = drawStart;
+    ind.m_nDrawEnd = static_cast<short>(bars.size());
+}
+
+}  // namespace nytest

@@ -1,0 +1,181 @@
+// The formula objects: parameters by period, buffers of statements, copies of formulas.
+
+#include "model/indicator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace {
+
+TEST(Param, ValueForAPeriodFallsBackToTheDefault) {
+    CParam p;
+    p.m_nDefault = 9;
+    EXPECT_EQ(p.GetParam(3), 9);
+    p.SetParam(3, 14);
+    EXPECT_EQ(p.GetParam(3), 14);
+    EXPECT_EQ(p.GetParam(2), 9);
+    EXPECT_EQ(p.GetParam(11), 9);
+    EXPECT_EQ(p.GetParam(0), 9);
+    p.SetParam(11, 5);
+    p.SetParam(0, 5);
+    EXPECT_EQ(p.m_nPeriodValue[0], 0);
+}
+
+TEST(Expression, DefaultsAndResultAfterChange) {
+    CExpression e;
+    EXPECT_EQ(e.m_lColor, -1);
+    EXPECT_EQ(e.m_nWidth, 1);
+    EXPECT_EQ(e.m_nFirst, 30000);
+    e.AllocMem(5);
+    e.m_pData[2] = 3.0f;
+    e.m_pDrawData[19] = 1.0f;
+    e.m_nFirst = 1;
+    e.m_nEnd = 5;
+    e.m_cComputed = 1;
+    e.m_cIsSeries = 1;
+    e.Change();
+    EXPECT_EQ(e.m_nFirst, 30000);
+    EXPECT_EQ(e.m_nEnd, 0);
+    EXPECT_EQ(e.m_cComputed, 0);
+    EXPECT_EQ(e.m_cIsSeries, 0);
+    EXPECT_EQ(e.m_pData[2], 0.0f);
+    EXPECT_EQ(e.m_pDrawData[19], 0.0f);
+}
+
+TEST(Expression, AllocMemKeepsValuesOnlyWhenGrowing) {
+    CExpression e;
+    e.AllocMem(3);
+    e.m_pData[0] = 1.0f;
+    e.m_pData[2] = 3.0f;
+    e.m_pDrawData[11] = 4.0f;
+    e.m_lDrawArgs[2] = 7;
+    e.AllocMem(6);
+    EXPECT_EQ(e.m_nAllocBars, 6);
+    EXPECT_EQ(e.m_pData[0], 1.0f);
+    EXPECT_EQ(e.m_pData[2], 3.0f);
+    EXPECT_EQ(e.m_pData[5], 0.0f);
+    EXPECT_EQ(e.m_pDrawData[11], 4.0f);
+    EXPECT_EQ(e.m_lDrawArgs[2], 0);
+    e.AllocMem(6);
+    EXPECT_EQ(e.m_pData[0], 0.0f);
+    e.m_pData[1] = 2.0f;
+    e.AllocMem(2);
+    EXPECT_EQ(e.m_pData[1], 0.0f);
+    e.AllocMem(0);
+    EXPECT_EQ(e.m_pData, nullptr);
+    EXPECT_EQ(e.m_pDrawData, nullptr);
+}
+
+TEST(Expression, AssignmentCopiesTheDefinitionOnly) {
+    CExpression a;
+    a.m_strName = "MA5";
+    a.m_strText = "MA(CLOSE,5)";
+    a.m_nType = 1;
+    a.m_lColor = 255;
+    a.m_nWidth = 2;
+    a.AllocMem(4);
+    a.m_cComputed = 1;
+    CExpression b;
+    b = a;
+    EXPECT_EQ(b.m_strName, "MA5");
+    EXPECT_EQ(b.m_strText, "MA(CLOSE,5)");
+    EXPECT_EQ(b.m_nType, 1);
+    EXPECT_EQ(b.m_lColor, 255);
+    EXPECT_EQ(b.m_nWidth, 2);
+    EXPECT_EQ(b.m_pData, nullptr);
+    EXPECT_EQ(b.m_cComputed, 0);
+}
+
+CIndicator* MakeFormula() {
+    auto* f = new CIndicator;
+    f->m_strName = "KDJ";
+    f->m_strTitle = "title";
+    f->m_strSource = "K:1;";
+    f->m_strUsage = "usage";
+    f->m_strExtra = "extra";
+    f->m_strAxes = "20;80";
+    f->m_MainType = 0;
+    f->m_SubType = 2;
+    f->m_SysIndex = 1;
+    f->m_cDrawPos = 1;
+    f->m_IsEditable = 0;
+    f->m_cHasPassword = 1;
+    f->m_strPassword = "pw";
+    f->m_nBaseSet = 1;
+    f->m_nPeriod = 7;
+    f->m_arPYCodes = {"KDJ"};
+    auto* p = new CParam;
+    p->m_strName = "N";
+    p->m_nDefault = 9;
+    f->m_arParams.push_back(p);
+    auto* axe = new CAxeValue;
+    axe->m_nValue = 80;
+    axe->m_cCritical = 1;
+    f->m_arAxes.push_back(axe);
+    auto* e = new CExpression;
+    e->m_strName = "K";
+    e->m_strText = "1";
+    f->m_arExpressions.push_back(e);
+    return f;
+}
+
+TEST(Indicator, AssignmentCopiesDefinitionAndPeriod) {
+    std::unique_ptr<CIndicator> source(MakeFormula());
+    source->AllocMem(10);
+    CIndicator copy;
+    copy.m_arExpressions.push_back(new CExpression);
+    copy.m_arExpressions.push_back(new CExpression);
+    copy = *source;
+    EXPECT_EQ(copy.m_strName, "KDJ");
+    EXPECT_EQ(copy.m_strTitle, "title");
+    EXPECT_EQ(copy.m_strSource, "K:1;");
+    EXPECT_EQ(copy.m_strUsage, "usage");
+    EXPECT_EQ(copy.m_strAxes, "20;80");
+    EXPECT_EQ(copy.m_SubType, 2);
+    EXPECT_EQ(copy.m_SysIndex, 1);
+    EXPECT_EQ(copy.m_cDrawPos, 1);
+    EXPECT_EQ(copy.m_IsEditable, 0);
+    EXPECT_EQ(copy.m_strPassword, "pw");
+    EXPECT_EQ(copy.m_nPeriod, 7);
+    // Not copied: the parameter template, the base-set mark, the pinyin codes.
+    EXPECT_EQ(copy.m_strExtra, "");
+    EXPECT_EQ(copy.m_nBaseSet, 0);
+    EXPECT_TRUE(copy.m_arPYCodes.empty());
+    ASSERT_EQ(copy.m_arExpressions.size(), 1u);
+    EXPECT_EQ(copy.m_arExpressions[0]->m_strName, "K");
+    EXPECT_EQ(copy.m_arExpressions[0]->m_pData, nullptr);
+    EXPECT_NE(copy.m_arExpressions[0], source->m_arExpressions[0]);
+    ASSERT_EQ(copy.m_arParams.size(), 1u);
+    EXPECT_EQ(copy.m_arParams[0]->m_nDefault, 9);
+    ASSERT_EQ(copy.m_arAxes.size(), 1u);
+    EXPECT_EQ(copy.m_arAxes[0]->m_cCritical, 1);
+}
+
+TEST(Indicator, FindIsExactAndCaseSensitive) {
+    std::unique_ptr<CIndicator> f(MakeFormula());
+    EXPECT_EQ(f->Find("K"), f->m_arExpressions[0]);
+    EXPECT_EQ(f->Find("k"), nullptr);
+    EXPECT_EQ(f->Find("KD"), nullptr);
+}
+
+TEST(Indicator, DeleteFunctionsEmptyTheArrays) {
+    std::unique_ptr<CIndicator> f(MakeFormula());
+    f->DeleteParam();
+    f->DeleteAxeValue();
+    f->DeleteExpression();
+    EXPECT_TRUE(f->m_arParams.empty());
+    EXPECT_TRUE(f->m_arAxes.empty());
+    EXPECT_TRUE(f->m_arExpressions.empty());
+}
+
+TEST(HisDay, RecordIsFortyBytesWithFieldsAtTheirOffsets) {
+    EXPECT_EQ(sizeof(CHisDay), 40u);
+    EXPECT_EQ(offsetof(CHisDay, m_fClose), 16u);
+    EXPECT_EQ(offsetof(CHisDay, m_fVolume), 24u);
+    EXPECT_EQ(offsetof(CHisDay, m_lAdvDec), 32u);
+    EXPECT_EQ(offsetof(CHisDay, m_fCapital), 36u);
+}
+
+}  // namespace
