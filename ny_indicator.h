@@ -2,7 +2,6 @@
 // Ny_Indicator: the technical-indicator module. Outside code includes this one header.
 
 #include "catalog/function_manager.h"
-#include "catalog/styles.h"
 #include "host/encoding.h"
 #include "host/global.h"
 #include "host/group.h"

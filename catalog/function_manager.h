@@ -9,6 +9,7 @@
 
 #include <vector>
 
+#include "catalog/styles.h"
 #include "model/types.h"
 
 // Categories of m_cClass, in the order in which LoadFun appends them. 0 is no row's category:
