@@ -23,4 +23,6 @@ enum : int {
 constexpr int NY_STYLE_FIRST_DRAW_KIND = 20;
 constexpr int NY_STYLE_DRAWN_END = 25;
 
-constexpr bool NyStyleIsDrawn(int nType) { return nType > 0 && nType < NY_STYLE_DRAWN_END; }
+namespace ny {
+constexpr bool StyleIsDrawn(int nType) { return nType > 0 && nType < NY_STYLE_DRAWN_END; }
+}  // namespace ny

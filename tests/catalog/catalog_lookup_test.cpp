@@ -124,12 +124,12 @@ TEST(CatalogLookup, StyleConstantsAgreeWithTheKeywordRows) {
         ASSERT_NE(item, nullptr) << word;
         EXPECT_EQ(item->m_cAttrKind, NY_ATTR_STYLE) << word;
         EXPECT_EQ(item->m_lValue, value) << word;
-        EXPECT_EQ(NyStyleIsDrawn(value), value != NY_STYLE_NODRAW) << word;
+        EXPECT_EQ(ny::StyleIsDrawn(value), value != NY_STYLE_NODRAW) << word;
     }
-    EXPECT_FALSE(NyStyleIsDrawn(NY_STYLE_ASSIGNMENT));
-    EXPECT_TRUE(NyStyleIsDrawn(NY_STYLE_LINE));
-    EXPECT_TRUE(NyStyleIsDrawn(24));
-    EXPECT_FALSE(NyStyleIsDrawn(25));
+    EXPECT_FALSE(ny::StyleIsDrawn(NY_STYLE_ASSIGNMENT));
+    EXPECT_TRUE(ny::StyleIsDrawn(NY_STYLE_LINE));
+    EXPECT_TRUE(ny::StyleIsDrawn(24));
+    EXPECT_FALSE(ny::StyleIsDrawn(25));
 }
 
 TEST(CatalogLookup, CategoryCaptions) {
