@@ -1,6 +1,7 @@
 #pragma once
 // Ny_Indicator: the technical-indicator module. Outside code includes this one header.
 
+#include "catalog/function_manager.h"
 #include "host/encoding.h"
 #include "host/global.h"
 #include "host/group.h"

@@ -1,0 +1,152 @@
+// Look-up in the catalog, the style keywords and the category captions.
+
+#include "catalog/styles.h"
+#include "tests/catalog/loaded_catalog.h"
+
+namespace {
+
+const char* NameOf(const FUN_ITEM* item) { return item ? item->m_strName.c_str() : "(none)"; }
+
+TEST(CatalogLookup, RowsByIndex) {
+    CFunctionManager& catalog = LoadedCatalog();
+    EXPECT_EQ(catalog.GetFun(-1), nullptr);
+    EXPECT_EQ(catalog.GetFun(catalog.GetCount()), nullptr);
+    EXPECT_STREQ(NameOf(catalog.GetFun(0)), "HIGH");
+    EXPECT_STREQ(NameOf(catalog.GetFun(267)), "PXDN");
+
+    CFunctionManager empty;
+    EXPECT_EQ(empty.GetCount(), 0);
+    EXPECT_EQ(empty.GetFun(0), nullptr);
+    EXPECT_EQ(empty.FindFun("MA", 1), nullptr);
+}
+
+TEST(CatalogLookup, KeyIgnoresLeadingBlanksAndCase) {
+    CFunctionManager& catalog = LoadedCatalog();
+    EXPECT_STREQ(NameOf(catalog.FindFun(" ma", 0)), "MA");
+    EXPECT_STREQ(NameOf(catalog.FindFun("\t\r\n Ema", 1)), "EMA");
+    EXPECT_STREQ(NameOf(catalog.FindFun("drawtext_offset", 0)), "DRAWTEXT_OFFSET");
+    EXPECT_EQ(catalog.FindFun("MA ", 0), nullptr);  // trailing blanks stay part of the key
+    EXPECT_EQ(catalog.FindFun("", 0), nullptr);
+    EXPECT_EQ(catalog.FindFun("   ", 1), nullptr);
+    EXPECT_EQ(catalog.FindFun(nullptr, 0), nullptr);
+    EXPECT_EQ(catalog.FindFun("M", 1), nullptr);  // no prefix match outside the three families
+    EXPECT_EQ(catalog.FindFun("最高价", 0), nullptr);
+}
+
+TEST(CatalogLookup, LineThickWithAnySuffixFindsTheWidthRow) {
+    CFunctionManager& catalog = LoadedCatalog();
+    const FUN_ITEM* thick = catalog.FindFun("LINETHICK", 1);
+    ASSERT_NE(thick, nullptr);
+    EXPECT_EQ(thick->m_cAttrKind, NY_ATTR_WIDTH);
+    EXPECT_EQ(catalog.FindFun("LINETHICK7", 1), thick);
+    EXPECT_EQ(catalog.FindFun("LINETHICK5", 0), thick);
+    EXPECT_EQ(catalog.FindFun(" linethick3", 1), thick);
+    EXPECT_EQ(catalog.FindFun("LINETHIC", 1), nullptr);
+    EXPECT_EQ(catalog.FindFun("LINETHIN7", 1), nullptr);
+}
+
+TEST(CatalogLookup, FamiliesAnswerToTheirStemOnlyWhenAskedTo) {
+    CFunctionManager& catalog = LoadedCatalog();
+    EXPECT_STREQ(NameOf(catalog.FindFun("MFLOW(3)", 0)), "MFLOW(3)");
+    EXPECT_EQ(catalog.FindFun("MFLOW", 0), nullptr);
+    EXPECT_STREQ(NameOf(catalog.FindFun("MFLOW", 1)), "MFLOW(1)");
+    EXPECT_EQ(catalog.FindFun("MFLOW(3)", 1), nullptr);
+
+    EXPECT_STREQ(NameOf(catalog.FindFun("DYNAINFO(7)", 0)), "DYNAINFO(7)");
+    EXPECT_EQ(catalog.FindFun("DYNAINFO", 0), nullptr);
+    EXPECT_STREQ(NameOf(catalog.FindFun("dynainfo", 1)), "DYNAINFO(3)");
+    EXPECT_EQ(catalog.FindFun("DYNAINFO(7)", 1), nullptr);
+
+    EXPECT_STREQ(NameOf(catalog.FindFun("FINANCE", 1)), "FINANCE(1)");
+    EXPECT_EQ(catalog.FindFun("FINANCE(7)", 1), nullptr);
+    // CAPITAL is seven letters long, so its stem is the whole word.
+    EXPECT_STREQ(NameOf(catalog.FindFun("CAPITAL", 1)), "CAPITAL");
+    EXPECT_STREQ(NameOf(catalog.FindFun("CAPITAL", 0)), "CAPITAL");
+    // Words of other categories don't shorten.
+    EXPECT_STREQ(NameOf(catalog.FindFun("DRAWTEXT_FIX", 1)), "DRAWTEXT_FIX");
+}
+
+struct StyleRow {
+    const char* word;
+    int attrKind;
+    int value;
+};
+
+constexpr StyleRow kStyleRows[] = {
+    {"COLORBACK", 1, 0x000000},      {"COLORBLUE", 1, 0xFF0000},   {"COLORGREEN", 1, 0x00FF00},
+    {"COLORCYAN", 1, 0xFFFF00},      {"COLORRED", 1, 0x0000FF},    {"COLORMAGENTA", 1, 0x000080},
+    {"COLORBROWN", 1, 0x000000},     {"COLORLIGRAY", 1, 0x808080}, {"COLORGRAY", 1, 0xC0C0C0},
+    {"COLORLIBLUE", 1, 0x800000},    {"COLORLIGREEN", 1, 0x800000}, {"COLORLICYAN", 1, 0x808000},
+    {"COLORLIRED", 1, 0x000040},     {"COLORLIMAGENTA", 1, 0x00005C}, {"COLORYELLOW", 1, 0x00FFFF},
+    {"COLORWHITE", 1, 0xFFFFFF},     {"COLORBLACK", 1, 0x000000},  {"LINETHICK", 2, 2},
+    {"STICK", 3, 4},                 {"COLORSTICK", 3, 3},         {"VOLSTICK", 3, 2},
+    {"COLORBAR", 3, 11},             {"LINESTICK", 3, 9},          {"CROSSDOT", 3, 7},
+    {"CIRCLEDOT", 3, 6},             {"POINTDOT", 3, 8},           {"DOTLINE", 3, 13},
+    {"NODRAW", 3, 32},               {"PXDN", 1, 0x0000FF},
+};
+
+TEST(CatalogLookup, StyleKeywordsInOrderWithTheirValues) {
+    CFunctionManager& catalog = LoadedCatalog();
+    const int first = catalog.GetCount() - 29;
+    int i = first;
+    for (const StyleRow& style : kStyleRows) {
+        const FUN_ITEM* item = catalog.GetFun(i++);
+        ASSERT_NE(item, nullptr);
+        EXPECT_EQ(item->m_strName, style.word);
+        EXPECT_EQ(item->m_cAttrKind, style.attrKind) << style.word;
+        EXPECT_EQ(item->m_lValue, style.value) << style.word;
+    }
+    EXPECT_EQ(i, catalog.GetCount());
+
+    const FUN_ITEM* red = catalog.FindFun("COLORRED", 1);
+    ASSERT_NE(red, nullptr);
+    EXPECT_EQ(red->m_cAttrKind, 1);
+    EXPECT_EQ(red->m_lValue, 255);
+    EXPECT_EQ(catalog.FindFun("COLORFF0000", 1), nullptr);
+    EXPECT_TEXT(catalog.FindFun("LINETHICK", 1)->m_strDesc,
+                "格式：LINETHICK+(1-9)参数的取值范围在1-9之间,\r\nLINETHICK1表示最细的线，而LINETHICK9表示最粗的线");
+    EXPECT_TEXT(catalog.FindFun("VOLSTICK", 1)->m_strDesc,
+                "成交量柱状线，当股价上涨时显示红色空心柱，否则显示绿色实心柱");
+    EXPECT_TEXT(catalog.FindFun("COLORLIMAGENTA", 1)->m_strShort, "淡洋红色");
+    EXPECT_TEXT(catalog.FindFun("PXDN", 1)->m_strDesc, "画线偏移量");
+}
+
+TEST(CatalogLookup, StyleConstantsAgreeWithTheKeywordRows) {
+    CFunctionManager& catalog = LoadedCatalog();
+    const std::pair<const char*, int> styles[] = {
+        {"VOLSTICK", NY_STYLE_VOLSTICK},   {"COLORSTICK", NY_STYLE_COLORSTICK}, {"STICK", NY_STYLE_STICK},
+        {"CIRCLEDOT", NY_STYLE_CIRCLEDOT}, {"CROSSDOT", NY_STYLE_CROSSDOT},     {"POINTDOT", NY_STYLE_POINTDOT},
+        {"LINESTICK", NY_STYLE_LINESTICK}, {"COLORBAR", NY_STYLE_COLORBAR},     {"DOTLINE", NY_STYLE_DOTLINE},
+        {"NODRAW", NY_STYLE_NODRAW},
+    };
+    for (const auto& [word, value] : styles) {
+        const FUN_ITEM* item = catalog.FindFun(word, 1);
+        ASSERT_NE(item, nullptr) << word;
+        EXPECT_EQ(item->m_cAttrKind, NY_ATTR_STYLE) << word;
+        EXPECT_EQ(item->m_lValue, value) << word;
+        EXPECT_EQ(ny::StyleIsDrawn(value), value != NY_STYLE_NODRAW) << word;
+    }
+    EXPECT_FALSE(ny::StyleIsDrawn(NY_STYLE_ASSIGNMENT));
+    EXPECT_TRUE(ny::StyleIsDrawn(NY_STYLE_LINE));
+    EXPECT_TRUE(ny::StyleIsDrawn(24));
+    EXPECT_FALSE(ny::StyleIsDrawn(25));
+}
+
+TEST(CatalogLookup, CategoryCaptions) {
+    EXPECT_TEXT(ny::FunctionClassCaption(0), "全部函数");
+    EXPECT_TEXT(ny::FunctionClassCaption(1), "行情函数");
+    EXPECT_TEXT(ny::FunctionClassCaption(8), "横向统计函数");
+    EXPECT_TEXT(ny::FunctionClassCaption(13), "资金流向函数");
+    EXPECT_TEXT(ny::FunctionClassCaption(15), "线形和颜色函数");
+    EXPECT_EQ(ny::FunctionClassCaption(-1), nullptr);
+    EXPECT_EQ(ny::FunctionClassCaption(16), nullptr);
+}
+
+TEST(CatalogLookup, TheGlobalCatalogStartsEmptyAndLoadFillsIt) {
+    EXPECT_EQ(g_MyFunsMng.GetCount(), 0);
+    g_MyFunsMng.LoadFun();
+    EXPECT_EQ(g_MyFunsMng.GetCount(), 268);
+    EXPECT_STREQ(NameOf(g_MyFunsMng.FindFun("NODRAW", 1)), "NODRAW");
+}
+
+}  // namespace
