@@ -1,0 +1,123 @@
+#include "model/file_stream.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace ny {
+
+size_t MemoryStream::Read(void* buffer, size_t bytes) {
+    const size_t count = std::min(bytes, m_bytes.size() - m_readPos);
+    if (count > 0) std::memcpy(buffer, m_bytes.data() + m_readPos, count);
+    m_readPos += count;
+    return count;
+}
+
+void MemoryStream::Write(const void* buffer, size_t bytes) {
+    const auto* data = static_cast<const unsigned char*>(buffer);
+    m_bytes.insert(m_bytes.end(), data, data + bytes);
+}
+
+FileStream::~FileStream() { Close(); }
+
+bool FileStream::Open(const CString& path, Mode mode) {
+    Close();
+    m_file = std::fopen(path.c_str(), mode == Mode::Read ? "rb" : "wb");
+    m_writing = mode == Mode::Write;
+    m_writeFailed = false;
+    return m_file != nullptr;
+}
+
+bool FileStream::Adopt(int descriptor) {
+    Close();
+    m_file = ::fdopen(descriptor, "wb");
+    m_writing = true;
+    m_writeFailed = false;
+    if (m_file == nullptr) ::close(descriptor);
+    return m_file != nullptr;
+}
+
+bool FileStream::Close() {
+    if (m_file == nullptr) return !m_writeFailed;
+    bool ok = true;
+    if (m_writing) ok = !m_writeFailed && std::fflush(m_file) == 0 && ::fsync(::fileno(m_file)) == 0;
+    ok = std::fclose(m_file) == 0 && ok;
+    m_file = nullptr;
+    return ok;
+}
+
+size_t FileStream::Read(void* buffer, size_t bytes) {
+    if (m_file == nullptr || bytes == 0) return 0;
+    return std::fread(buffer, 1, bytes, m_file);
+}
+
+void FileStream::Write(const void* buffer, size_t bytes) {
+    if (m_file == nullptr || std::fwrite(buffer, 1, bytes, m_file) != bytes) m_writeFailed = true;
+}
+
+long long FileStream::GetLength() const {
+    struct stat info;
+    if (m_file == nullptr || ::fstat(::fileno(m_file), &info) != 0) return 0;
+    return static_cast<long long>(info.st_size);
+}
+
+long long FileStream::Remaining() const {
+    if (m_file == nullptr) return 0;
+    const long position = std::ftell(m_file);
+    return position < 0 ? 0 : std::max(0LL, GetLength() - position);
+}
+
+bool MakeFolders(const CString& folder) {
+    if (folder.empty()) return true;
+    for (size_t slash = folder.find('/', 1); ; slash = folder.find('/', slash + 1)) {
+        const CString part = folder.substr(0, slash);
+        if (::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return false;
+        if (slash == CString::npos) break;
+    }
+    struct stat info;
+    return ::stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+namespace {
+CString FolderOf(const CString& path) {
+    const size_t slash = path.rfind('/');
+    return slash == CString::npos ? CString(".") : path.substr(0, slash == 0 ? 1 : slash);
+}
+
+// Makes the rename itself durable: the folder's entry is on disk after this.
+void SyncFolder(const CString& folder) {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (descriptor < 0) return;
+    ::fsync(descriptor);
+    ::close(descriptor);
+}
+}  // namespace
+
+bool WriteFileAtomically(const CString& path, const std::function<void(CBinStream&)>& write) {
+    const CString folder = FolderOf(path);
+    if (!MakeFolders(folder)) return false;
+    CString temporary = path + ".XXXXXX";
+    const int descriptor = ::mkstemp(temporary.data());
+    if (descriptor < 0) return false;
+    ::fchmod(descriptor, 0644);
+    FileStream stream;
+    bool ok = stream.Adopt(descriptor);
+    if (ok) {
+        write(stream);
+        ok = stream.Close();
+    }
+    if (ok) ok = std::rename(temporary.c_str(), path.c_str()) == 0;
+    if (!ok) {
+        std::remove(temporary.c_str());
+        return false;
+    }
+    SyncFolder(folder);
+    return true;
+}
+
+}  // namespace ny

@@ -1,0 +1,223 @@
+#include "model/library.h"
+
+#include <cstdio>
+#include <memory>
+
+#include "host/global.h"
+#include "model/file_stream.h"
+#include "model/formula_file.h"
+
+std::vector<CIndicator*> g_MyIndicatorArray;
+
+namespace ny {
+const char* const MSG_INIT_BAD_FILE = "非法指标文件，请更新最新版本!";
+const char* const MSG_IMPORT_BAD_FILE = "非法指标文件,请检查指标文件!";
+const char* const MSG_IMPORT_EXISTS = "%s 在同类型指标中已存在!";
+}  // namespace ny
+
+namespace {
+
+CString KeyOf(const CString& name, short mainType) { return name + std::to_string(mainType); }
+
+// Binary search on the key. True if found; `pos` is then the entry, else the insertion place.
+bool FindKey(const CString& key, int* pos) {
+    int low = 0;
+    int high = static_cast<int>(g_MyIndicatorArray.size()) - 1;
+    while (low <= high) {
+        const int mid = (low + high) / 2;
+        const CIndicator* entry = g_MyIndicatorArray[mid];
+        const int order = key.compare(KeyOf(entry->m_strName, entry->m_MainType));
+        if (order == 0) {
+            *pos = mid;
+            return true;
+        }
+        if (order > 0) low = mid + 1;
+        else high = mid - 1;
+    }
+    *pos = low;
+    return false;
+}
+
+// Adds a formula read from a file; one whose key the library holds already is dropped.
+void AdoptOrDrop(CIndicator* formula) {
+    const int pos = g_MyAddIndicator(formula);
+    if (g_MyIndicatorArray[pos] != formula) delete formula;
+}
+
+// A formula set of the installation: every formula is marked as a base-set formula and put in
+// the group of special indicators.
+void ApplyBaseSet(CIndicator& formula) {
+    formula.m_SubType = 6;
+    formula.m_nBaseSet = 1;
+}
+
+// A customer's set: the same, but only technical indicators change their group.
+void ApplyCustomerSet(CIndicator& formula) {
+    if (formula.m_MainType == NY_KIND_INDICATOR) formula.m_SubType = 6;
+    formula.m_nBaseSet = 1;
+}
+
+struct SetFile {
+    CString path;
+    BOOL bLong = FALSE;
+    void (*apply)(CIndicator&) = nullptr;
+    long long minimumLength = 0;  // a file of at most this many bytes is not read
+};
+
+// The base set of the edition.
+SetFile BaseSetFile() {
+    const char* name = "nybase.dat";
+    switch (g_MySysVerType) {
+        case 301: name = "ny2277.dat"; break;
+        case 73: name = "nybbeib.dat"; break;
+        case 15: case 701: case 702: case 703: case 72: name = "nyqlbase.dat"; break;
+        default: break;
+    }
+    return {g_MyExePath + "defineuser/indi/" + name, TRUE, &ApplyBaseSet};
+}
+
+// The sequence of files that builds the library; the file read first wins a shared key.
+std::vector<SetFile> StartFiles() {
+    std::vector<SetFile> files;
+    files.push_back({g_MyGetFilePath(NY_FILE_SYSTEM_SET), FALSE});
+    files.push_back(BaseSetFile());
+    const CString folder = g_MyExePath + "defineuser/indi/";
+    if (g_UseGJSHQ != 0 || g_MySysVerType == 701)
+        files.push_back({folder + "lpgjs.dat", TRUE, &ApplyBaseSet});
+    else if (g_MySysVerType == 30)
+        files.push_back({folder + "rmcustomindi.dat", TRUE, &ApplyCustomerSet});
+    else if (g_MySysVerType == 31)
+        files.push_back({folder + "wqcustomindi.dat", TRUE, &ApplyCustomerSet});
+    // The user's file holds at least one long record when it holds anything at all.
+    files.push_back({g_MyGetFilePath(NY_FILE_USER_SET), TRUE, nullptr, ny::LONG_SOURCE_BYTES});
+    return files;
+}
+
+// Reads one file of the start sequence. False if its magic is wrong: the sequence stops there.
+bool LoadSetFile(const SetFile& file) {
+    ny::FileStream stream;
+    if (!stream.Open(file.path, ny::FileStream::Mode::Read)) return true;
+    if (stream.GetLength() <= file.minimumLength) return true;
+    const ny::FormulaFileHeader header = ny::ReadFormulaHeader(stream);
+    if (!header.magicOk) {
+        g_MyMessageBox(ny::MSG_INIT_BAD_FILE);
+        return false;
+    }
+    // A count that runs past the end of the file stops at the end of the file.
+    for (short i = 0; i < header.count && stream.Remaining() > 0; ++i) {
+        CIndicator* formula = new CIndicator;
+        formula->Load(stream, file.bLong);
+        if (file.apply != nullptr) file.apply(*formula);
+        AdoptOrDrop(formula);
+    }
+    return true;
+}
+
+bool IsUserFormula(const CIndicator& formula) {
+    return formula.m_IsEditable != 0 && formula.m_SysIndex == 0 && formula.m_nBaseSet == 0;
+}
+
+CString FormatWithName(const char* format, const CString& name) {
+    std::vector<char> text(std::snprintf(nullptr, 0, format, name.c_str()) + 1);
+    std::snprintf(text.data(), text.size(), format, name.c_str());
+    return CString(text.data());
+}
+
+}  // namespace
+
+int g_MyAddIndicator(CIndicator* p) {
+    int pos = 0;
+    if (!FindKey(KeyOf(p->m_strName, p->m_MainType), &pos))
+        g_MyIndicatorArray.insert(g_MyIndicatorArray.begin() + pos, p);
+    return pos;
+}
+
+int g_MyGetIndicatorPos(const CString& name, short mainType) {
+    int pos = 0;
+    return FindKey(KeyOf(name, mainType), &pos) ? pos : -1;
+}
+
+CIndicator* g_MyGetIndicator(const CString& name, short mainType) {
+    const int pos = g_MyGetIndicatorPos(name, mainType);
+    return pos < 0 ? nullptr : g_MyIndicatorArray[pos];
+}
+
+void g_MyRemoveIndicatorByPos(const CString& name, short mainType) {
+    const int pos = g_MyGetIndicatorPos(name, mainType);
+    if (pos < 0) return;
+    delete g_MyIndicatorArray[pos];
+    g_MyIndicatorArray.erase(g_MyIndicatorArray.begin() + pos);
+}
+
+void g_MyRemoveIndicators() {
+    for (CIndicator* formula : g_MyIndicatorArray) delete formula;
+    g_MyIndicatorArray.clear();
+}
+
+void g_MyInitIndicator() {
+    // A second start replaces the library rather than leaking it.
+    g_MyRemoveIndicators();
+    for (const SetFile& file : StartFiles())
+        if (!LoadSetFile(file)) return;
+}
+
+void g_MySaveIndicator() {
+    std::vector<const CIndicator*> formulas;
+    for (const CIndicator* formula : g_MyIndicatorArray)
+        if (IsUserFormula(*formula)) formulas.push_back(formula);
+    // The header counts in 16 bits; the file holds exactly the records it counts.
+    if (formulas.size() > 32767) formulas.resize(32767);
+    ny::WriteFileAtomically(g_MyGetFilePath(NY_FILE_USER_SET), [&](CBinStream& stream) {
+        ny::WriteFormulaHeader(stream, 0, static_cast<short>(formulas.size()));
+        for (const CIndicator* formula : formulas) formula->Save(stream, TRUE);
+    });
+}
+
+short g_MyGetIndicatorType(const CString& label) {
+    static const struct {
+        const char* label;
+        short value;
+    } labels[] = {
+        {"技术指标", 0}, {"条件选股", 1}, {"交易系统", 2}, {"五彩K线", 3},
+        {"大盘指标", 0}, {"趋向指标", 1}, {"反趋向指标", 2}, {"能量指标", 3},
+        {"量价指标", 4}, {"压力支撑", 5}, {"特色指标", 6}, {"自定指标", 7},
+        {"指标选股", 20}, {"财务选股", 21}, {"行情选股", 22}, {"K 线选股", 23},
+        {"综合选股", 24}, {"自定选股", 25},
+    };
+    for (const auto& entry : labels)
+        if (label == entry.label) return entry.value;
+    return -1;
+}
+
+namespace ny {
+
+bool ExportFormula(const CIndicator& formula, const CString& path) {
+    return WriteFileAtomically(path, [&](CBinStream& stream) {
+        WriteFormulaHeader(stream, 1, 1);
+        formula.Save(stream, FALSE);
+    });
+}
+
+ImportStatus ImportFormula(const CString& path, int* added) {
+    if (added != nullptr) *added = 0;
+    FileStream stream;
+    if (!stream.Open(path, FileStream::Mode::Read)) return ImportStatus::CannotOpen;
+    const FormulaFileHeader header = ReadFormulaHeader(stream);
+    if (!header.magicOk || header.count > 1) {
+        g_MyMessageBox(MSG_IMPORT_BAD_FILE);
+        return ImportStatus::Invalid;
+    }
+    for (short i = 0; i < header.count && stream.Remaining() > 0; ++i) {
+        auto formula = std::make_unique<CIndicator>();
+        formula->Load(stream, FALSE);
+        if (g_MyGetIndicatorPos(formula->m_strName, formula->m_MainType) >= 0) {
+            g_MyMessageBox(FormatWithName(MSG_IMPORT_EXISTS, formula->m_strName));
+            continue;
+        }
+        g_MyAddIndicator(formula.release());
+        if (added != nullptr) ++*added;
+    }
+    return ImportStatus::Ok;
+}
+
+}  // namespace ny

@@ -1,0 +1,54 @@
+#pragma once
+// The library of all formulas: one global array, sorted by the key name + kind ("%s%d"),
+// compared byte by byte, so two formulas may share a name if their kinds differ.
+//
+// The host calls g_MyInitIndicator once at start, g_MySaveIndicator to store the user's own
+// formulas and g_MyRemoveIndicators at the end. The array owns its objects.
+
+#include <vector>
+
+#include "model/indicator.h"
+
+extern std::vector<CIndicator*> g_MyIndicatorArray;
+
+// Builds the library from the formula files of the installation, in the order of the edition.
+void g_MyInitIndicator();
+// Writes the user's own formulas (editable, not system, not from a base set) to the user's file.
+void g_MySaveIndicator();
+// Deletes all formulas and empties the array.
+void g_MyRemoveIndicators();
+
+// Inserts at the sorted place and returns the position. If the key exists, returns that entry's
+// position and changes nothing: `p` is not adopted and stays the caller's.
+int g_MyAddIndicator(CIndicator* p);
+// Position of a formula, or -1.
+int g_MyGetIndicatorPos(const CString& name, short mainType);
+// The formula, or null; the pointer stays the library's.
+CIndicator* g_MyGetIndicator(const CString& name, short mainType);
+// Deletes the formula of this name and kind, if there is one, and removes its entry.
+void g_MyRemoveIndicatorByPos(const CString& name, short mainType);
+// The number of a kind label ("技术指标" 0 ...) or a group label ("大盘指标" 0 ...), or -1.
+short g_MyGetIndicatorType(const CString& label);
+// Fills p->m_arPYCodes with the initials of the name, one string per combination of readings.
+void g_MyMakeIndicatorPY(CIndicator* p);
+
+namespace ny {
+
+// Messages of the formula files.
+extern const char* const MSG_INIT_BAD_FILE;    // a file of the start sequence has a bad magic
+extern const char* const MSG_IMPORT_BAD_FILE;  // an import file has a bad magic or count
+extern const char* const MSG_IMPORT_EXISTS;    // "%s 在同类型指标中已存在!"
+
+enum class ImportStatus { Ok, CannotOpen, Invalid };
+
+// Writes one formula for another machine: a header with 1 and 1, then the record in the short
+// form (a source longer than 2,047 bytes keeps only that much). False if it can't be written;
+// an existing file is then left as it was.
+bool ExportFormula(const CIndicator& formula, const CString& path);
+
+// Reads an exported file into the library. A bad magic or a count above 1 shows
+// MSG_IMPORT_BAD_FILE and adds nothing. A formula whose name and kind the library holds already
+// shows MSG_IMPORT_EXISTS with its name and is dropped. `added` receives the number added.
+ImportStatus ImportFormula(const CString& path, int* added = nullptr);
+
+}  // namespace ny
