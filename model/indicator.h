@@ -198,6 +198,18 @@ public:
 
     char CountCuma();
 
+    // Function calls. BeginCall checks the "(" and the comma count (codes 7, 10, 11). Each
+    // argument is then read with a private copy of the range into a zeroed buffer, `allowSeries`
+    // being the function's own rule for that argument and `last` telling that ")" closes it.
+    // MergeRange narrows the call's range by an argument's: the highest first bar and the lowest
+    // last bar win, and an empty range gives 14.
+    char BeginCall(int argumentCount);
+    char ReadValueArgument(float* out, short* from, short* to, char* isSeries, char allowSeries,
+                           bool last);
+    char ReadConditionArgument(char* out, short* from, short* to, char* isSeries, char allowSeries,
+                               bool last);
+    static char MergeRange(short* from, short* to, short argumentFrom, short argumentTo);
+
     // Words of the market: prices and volumes, and the other market words.
     char ReadMarketWord(char* word, float* out, short* from, short* to, char permission,
                         char* isSeries);

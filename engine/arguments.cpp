@@ -1,0 +1,37 @@
+// Reading the arguments of a function call: the opening parenthesis and the comma count first,
+// then each argument as an expression of its own with a private copy of the bar range.
+
+#include "engine/eval_util.h"
+#include "model/indicator.h"
+
+char CIndicator::BeginCall(int argumentCount) {
+    while (*m_pCursor == ' ') ++m_pCursor;
+    if (*m_pCursor != '(') return 7;
+    ++m_pCursor;
+    const unsigned char commas = static_cast<unsigned char>(CountCuma());
+    if (commas == 255) return 10;
+    if (commas != argumentCount - 1) return 11;
+    return 0;
+}
+
+char CIndicator::ReadValueArgument(float* out, short* from, short* to, char* isSeries,
+                                   char allowSeries, bool last) {
+    char flag = static_cast<char>((allowSeries ? 1 : 0) + (last ? 2 : 0));
+    const char rc = ReadExp(out, from, to, &flag, nullptr);
+    *isSeries = flag;
+    return rc;
+}
+
+char CIndicator::ReadConditionArgument(char* out, short* from, short* to, char* isSeries,
+                                       char allowSeries, bool last) {
+    char flag = static_cast<char>((allowSeries ? 1 : 0) + (last ? 2 : 0));
+    const char rc = ReadLogical(out, from, to, &flag);
+    *isSeries = flag;
+    return rc;
+}
+
+char CIndicator::MergeRange(short* from, short* to, short argumentFrom, short argumentTo) {
+    if (argumentFrom > *from) *from = argumentFrom;
+    if (argumentTo < *to) *to = argumentTo;
+    return *from > *to ? 14 : 0;
+}
