@@ -118,14 +118,6 @@ TEST(PinyinTables, CodeRunsAreOrderedAndDisjoint) {
     EXPECT_EQ(code(g_MypPYCODE[NY_PYCODE_ENTRIES - 1] + 2), 0xD7F9);
 }
 
-TEST(PinyinTables, PolyphoneEntriesStartWithTwoOrMoreLetters) {
-    EXPECT_GT(g_MyArrayppword.size(), 100u);
-    for (const CString& entry : g_MyArrayppword) {
-        ASSERT_GE(entry.size(), 4u);
-        EXPECT_TRUE(entry[0] >= 'A' && entry[0] <= 'Z' && entry[1] >= 'A' && entry[1] <= 'Z') << entry;
-    }
-}
-
 TEST(GroupPinyin, AppendAndDouble) {
     std::vector<CString> codes;
     CGroup::AppendPy(codes, 'A');
