@@ -18,27 +18,27 @@ namespace {
 namespace fs = std::filesystem;
 using Bytes = std::vector<unsigned char>;
 
-struct Spec {
+struct Entry {
     const char* name;
     short mainType;
     short subType = 0;
     const char* title = "";
 };
 
-CIndicator* Make(const Spec& spec) {
+CIndicator* Make(const Entry& entry) {
     auto* formula = new CIndicator;
-    formula->m_strName = spec.name;
-    formula->m_MainType = spec.mainType;
-    formula->m_SubType = spec.subType;
-    formula->m_strTitle = spec.title;
+    formula->m_strName = entry.name;
+    formula->m_MainType = entry.mainType;
+    formula->m_SubType = entry.subType;
+    formula->m_strTitle = entry.title;
     return formula;
 }
 
-Bytes FileBytes(const std::vector<Spec>& specs, BOOL bLong, short reserved = 0) {
+Bytes FileBytes(const std::vector<Entry>& entries, BOOL bLong, short reserved = 0) {
     ny::MemoryStream stream;
-    ny::WriteFormulaHeader(stream, reserved, static_cast<short>(specs.size()));
-    for (const Spec& spec : specs) {
-        std::unique_ptr<CIndicator> formula(Make(spec));
+    ny::WriteFormulaHeader(stream, reserved, static_cast<short>(entries.size()));
+    for (const Entry& entry : entries) {
+        std::unique_ptr<CIndicator> formula(Make(entry));
         formula->Save(stream, bLong);
     }
     return stream.Bytes();
@@ -103,8 +103,8 @@ TEST_F(Library, SameNameOfTwoKindsStaysTwice) {
 }
 
 TEST_F(Library, OrderFollowsTheConcatenatedKey) {
-    for (const Spec& spec : std::vector<Spec>{{"A", 2}, {"A1", 0}, {"B", 0}, {"A", 0}, {"AB", 0}, {"均线", 0}})
-        g_MyAddIndicator(Make(spec));
+    for (const Entry& entry : std::vector<Entry>{{"A", 2}, {"A1", 0}, {"B", 0}, {"A", 0}, {"AB", 0}, {"均线", 0}})
+        g_MyAddIndicator(Make(entry));
     // "A10" sorts before "A2": by name alone "A" would come before "A1". Bytes compare unsigned,
     // so the GBK name comes last.
     EXPECT_EQ(Keys(), (std::vector<std::string>{"A0", "A10", "A2", "AB0", "B0", "均线0"}));
