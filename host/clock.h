@@ -1,0 +1,43 @@
+#pragma once
+// The host's clock and trading date.
+
+// A clock reading that follows the system clock until it is fixed. It reads like an int: the
+// date as YYYYMMDD or the time as HHMMSS, in local time.
+class NyClockValue {
+public:
+    explicit NyClockValue(bool isDate) : m_bDate(isDate) {}
+    operator int() const;
+    // Fixes this reading to a value; the clock no longer follows the system for it.
+    NyClockValue& operator=(int value);
+    // Follows the system clock again.
+    void Follow();
+
+private:
+    bool m_bDate;
+    bool m_bFixed = false;
+    int m_nValue = 0;
+};
+
+class CClockModule {
+public:
+    static NyClockValue m_SystemDate;  // YYYYMMDD
+    static NyClockValue m_SystemTime;  // HHMMSS
+
+    // Fixes both readings, for tests and for a command-line option.
+    static void SetClock(int date, int time);
+    // Both readings follow the system clock again.
+    static void UseSystemClock();
+};
+
+// The current trading date, YYYYMMDD: the date of the installation's quotes, or else the last
+// weekday on or before the clock's date. Set when an installation is opened.
+extern int g_MyCurTradeDate;
+
+namespace ny {
+// 1 = Sunday ... 7 = Saturday, for a YYYYMMDD date; 0 for an invalid date.
+int WeekDay(int date);
+// The last weekday on or before a YYYYMMDD date.
+int LastWeekdayOnOrBefore(int date);
+// The weekday after a YYYYMMDD date.
+int NextWeekday(int date);
+}  // namespace ny
