@@ -366,12 +366,18 @@ std::string Generator::OrderFlowRecord(const CHisDay& bar, double reference) {
     const double rise = reference > 0 ? bar.m_fClose / reference - 1 : 0;
     const double buying = std::clamp(0.5 + 3 * rise + 0.05 * m_rng.Normal(), 0.2, 0.8);
     const double price = (bar.m_fOpen + bar.m_fHigh + bar.m_fLow + bar.m_fClose) / 4;
+    // Bought and sold volumes add up to the day's volume, in lots of 100.
+    const double bought = std::floor(bar.m_fVolume * buying / 100) * 100;
     double split[2][4];
     for (int side = 0; side < 2; ++side) {
-        const double volume = bar.m_fVolume * (side == 0 ? buying : 1 - buying);
-        double weights[4] = {0.4, 0.3, 0.2, 0.1}, total = 0;
+        const double volume = side == 0 ? bought : bar.m_fVolume - bought;
+        double weights[4] = {0.4, 0.3, 0.2, 0.1}, total = 0, given = 0;
         for (double& w : weights) total += (w *= 0.5 + m_rng.Uniform());
-        for (int size = 0; size < 4; ++size) split[side][size] = std::floor(volume * weights[size] / total / 100) * 100;
+        for (int size = 0; size < 3; ++size) {
+            split[side][size] = std::floor(volume * weights[size] / total / 100) * 100;
+            given += split[side][size];
+        }
+        split[side][3] = volume - given;
     }
     std::string record;
     StoreInt(&record, bar.m_lTime);
@@ -405,14 +411,15 @@ void Generator::Simulate(Instrument& item) {
         item.days.push_back(bar);
         item.references.push_back(static_cast<float>(reference));
         previous = bar.m_fClose;
-        if (item.kind != Kind::Share || d == item.listed) continue;
+        if (item.kind != Kind::Share) continue;
         DaySums& sums = m_sums[MarketOf(item.id)][d];
+        sums.volume += bar.m_fVolume / 100;
+        sums.amount += bar.m_fAmount;
+        if (d == item.listed) continue;  // a first day has no close before it
         sums.open += bar.m_fOpen / reference - 1;
         sums.high += bar.m_fHigh / reference - 1;
         sums.low += bar.m_fLow / reference - 1;
         sums.close += bar.m_fClose / reference - 1;
-        sums.volume += bar.m_fVolume / 100;
-        sums.amount += bar.m_fAmount;
         ++sums.count;
         sums.advance += bar.m_fClose > reference;
         sums.decline += bar.m_fClose < reference;
