@@ -89,4 +89,23 @@ int NextWeekday(int date) {
     return CivilFromDays(day);
 }
 
+bool SetClockFromText(const std::string& text) {
+    std::string digits;
+    for (char c : text) {
+        if (c >= '0' && c <= '9') digits += c;
+        else if (c != '-' && c != ':' && c != ' ' && c != 'T' && c != '/') return false;
+    }
+    if (digits.size() != 8 && digits.size() != 12 && digits.size() != 14) return false;
+    const int date = std::stoi(digits.substr(0, 8));
+    if (WeekDay(date) == 0) return false;
+    if (digits.size() == 8) {
+        CClockModule::m_SystemDate = date;
+        return true;
+    }
+    const int time = std::stoi(digits.substr(8)) * (digits.size() == 12 ? 100 : 1);
+    if (time / 10000 > 23 || time / 100 % 100 > 59 || time % 100 > 59) return false;
+    CClockModule::SetClock(date, time);
+    return true;
+}
+
 }  // namespace ny

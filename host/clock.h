@@ -1,6 +1,8 @@
 #pragma once
 // The host's clock and trading date.
 
+#include <string>
+
 // A clock reading that follows the system clock until it is fixed. It reads like an int: the
 // date as YYYYMMDD or the time as HHMMSS, in local time.
 class NyClockValue {
@@ -40,4 +42,8 @@ int WeekDay(int date);
 int LastWeekdayOnOrBefore(int date);
 // The weekday after a YYYYMMDD date.
 int NextWeekday(int date);
+// Fixes the clock from a text such as "2021-06-30 14:30", "20210630143000" or "2021-06-30" (the
+// separators don't matter, the seconds are optional; a date alone fixes only the date). False,
+// with the clock untouched, for anything else or an impossible date or time.
+bool SetClockFromText(const std::string& text);
 }  // namespace ny

@@ -29,7 +29,9 @@ struct QuoteField {
     float CStock::*field;
 };
 
-float* QuoteSlot(CStock& stock, short code) {
+// The quote field of a code in a stock, const or not; null for an unknown code.
+template <typename Stock>
+auto QuoteSlot(Stock& stock, short code) -> decltype(&stock.m_fOpen) {
     static const QuoteField kFields[] = {
         {NY_QUOTE_PRECLOSE, &CStock::m_fPreClose},   {NY_QUOTE_OPEN, &CStock::m_fOpen},
         {NY_QUOTE_LAST, &CStock::m_fNew},            {NY_QUOTE_HIGH, &CStock::m_fHigh},
@@ -89,7 +91,7 @@ BOOL CStock::IsZQ(long id) {
 }
 
 float CStock::GetValue(short code) const {
-    const float* slot = QuoteSlot(const_cast<CStock&>(*this), code);
+    const float* slot = QuoteSlot(*this, code);
     return slot != nullptr ? *slot : 0.0f;
 }
 

@@ -90,6 +90,21 @@ TEST(Clock, FixedAndFollowingTheSystem) {
     EXPECT_LT(CClockModule::m_SystemTime, 240000);
 }
 
+TEST(Clock, SetFromText) {
+    EXPECT_TRUE(ny::SetClockFromText("2021-06-30 14:30"));
+    EXPECT_EQ(CClockModule::m_SystemDate, 20210630);
+    EXPECT_EQ(CClockModule::m_SystemTime, 143000);
+    EXPECT_TRUE(ny::SetClockFromText("20210702T093015"));
+    EXPECT_EQ(CClockModule::m_SystemTime, 93015);
+    EXPECT_TRUE(ny::SetClockFromText("2021-07-05"));
+    EXPECT_EQ(CClockModule::m_SystemDate, 20210705);
+    EXPECT_EQ(CClockModule::m_SystemTime, 93015);  // a date alone leaves the time
+    for (const char* bad : {"2021-02-30 10:00", "2021-06-30 24:00", "2021-06-30 10:61", "yesterday", "2021-06", ""})
+        EXPECT_FALSE(ny::SetClockFromText(bad)) << bad;
+    EXPECT_EQ(CClockModule::m_SystemDate, 20210705);
+    CClockModule::UseSystemClock();
+}
+
 TEST(Clock, Weekdays) {
     EXPECT_EQ(ny::WeekDay(20210627), 1);  // Sunday
     EXPECT_EQ(ny::WeekDay(20210630), 4);  // Wednesday
