@@ -138,6 +138,7 @@ private:
     void AddShare(int index);
     void AddOther(int id, const char* name, const char* pinyin, Kind kind, double price);
     void ScheduleEvents(Instrument& item);
+    void PriceEvent(CPowerData& event, double price);
     void Simulate(Instrument& item);
     CHisDay MakeDay(Instrument& item, int day, double reference);
     void MakeIntraday(Instrument& item, const CHisDay& day, bool keepMinutes);
@@ -241,6 +242,13 @@ void Generator::AddOther(int id, const char* name, const char* pinyin, Kind kind
     m_items.push_back(item);
 }
 
+// Sets the money of an event from the price before it: a dividend of 0.5% to 3% of the price, and
+// rights at 70% of it.
+void Generator::PriceEvent(CPowerData& event, double price) {
+    event.m_fProfit = static_cast<float>(std::floor(price * m_rng.Between(0.005, 0.03) * 100) / 10);
+    if (event.m_fPei > 0) event.m_fPeiPrice = static_cast<float>(Round2(price * 0.7) * 10);
+}
+
 // About one event a year in May to July: a cash dividend, sometimes with bonus shares, rarely a
 // rights issue. Each record carries the shares from then on.
 void Generator::ScheduleEvents(Instrument& item) {
@@ -257,15 +265,11 @@ void Generator::ScheduleEvents(Instrument& item) {
         if (month < 5 || month > 7 || yearDone || !m_rng.Chance(0.02)) continue;
         CPowerData event = item.power.back();
         event.m_lDate = m_days[d];
-        event.m_fProfit = static_cast<float>(std::floor(m_rng.Between(0.5, 5.0) * 10) / 10);
-        event.m_fGive = 0;
-        event.m_fPei = 0;
+        // The dividend and the rights price follow the price of the day (PriceEvent).
+        event.m_fProfit = 0;
         event.m_fPeiPrice = 0;
-        if (m_rng.Chance(0.25)) event.m_fGive = static_cast<float>(2 + m_rng.Below(4) * 2);
-        if (m_rng.Chance(0.1)) {
-            event.m_fPei = 3;
-            event.m_fPeiPrice = static_cast<float>(std::floor(item.price * 0.7 * 10));
-        }
+        event.m_fGive = m_rng.Chance(0.25) ? static_cast<float>(2 + m_rng.Below(4) * 2) : 0;
+        event.m_fPei = m_rng.Chance(0.1) ? 3 : 0;
         const float growth = 1 + event.m_fGive / 10 + event.m_fPei / 10;
         event.m_fCapital = std::floor(item.power.back().m_fCapital * growth);
         event.m_fTotalCapital = std::floor(item.power.back().m_fTotalCapital * growth);
@@ -402,9 +406,15 @@ void Generator::Simulate(Instrument& item) {
     double previous = item.price;
     for (int d = item.listed; d < dayCount; ++d) {
         double reference = previous;
-        while (nextEvent < item.power.size() && item.power[nextEvent].m_lDate <= m_days[d])
-            reference = item.power[nextEvent++].Adjust(static_cast<float>(reference));
-        if (d > item.listed && d < dayCount - 1 && m_rng.Chance(0.004)) continue;  // suspended
+        while (nextEvent < item.power.size() && item.power[nextEvent].m_lDate <= m_days[d]) {
+            CPowerData& event = item.power[nextEvent++];
+            PriceEvent(event, reference);
+            reference = event.Adjust(static_cast<float>(reference));
+        }
+        if (d > item.listed && d < dayCount - 1 && m_rng.Chance(0.004)) {
+            previous = reference;  // suspended: an event of the day still counts at the next bar
+            continue;
+        }
         CHisDay bar = MakeDay(item, d, reference);
         if (d >= minuteFrom) MakeIntraday(item, bar, d == dayCount - 1);
         if (item.kind == Kind::Share && d >= flowFrom) item.orderFlow.push_back(OrderFlowRecord(bar, reference));
