@@ -617,7 +617,11 @@ bool Generator::Run(std::string* error) {
                          "\n\nThis folder was written by make_sample_market with a fixed seed. The stocks, names,"
                          "\nblocks, prices, ex-rights events and quotes are invented. See docs/data-directory.md"
                          "\nfor the files and their formats.\n";
-    return Write("data/README.txt", readme, error);
+    // The range of the local data, read by the picking dialog.
+    const std::string first = std::to_string(m_days.front()), last = std::to_string(m_days.back());
+    const std::string settings = std::string("; ") + kSampleMarketLabel + "\n[DayItem]\nBeginTime=" + first +
+                                 "\nEndTime=" + last + "\n[Min5Item]\nEndTime=" + last + "\n";
+    return Write("data/README.txt", readme, error) && Write("config_main.ini", settings, error);
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ TEST(SampleMarketGeneration, SameOptionsGiveTheSameFiles) {
     const uint64_t checksum = TreeChecksum(first.Path());
     EXPECT_EQ(checksum, TreeChecksum(second.Path()));
     // Changes only when the generator is changed on purpose.
-    EXPECT_EQ(checksum, 11899158636383361728ULL);
+    EXPECT_EQ(checksum, 1790132853638516962ULL);
 }
 
 TEST(SampleMarketGeneration, RefusesDatesThatMinuteTimesCantHold) {
@@ -106,6 +106,10 @@ TEST_F(SampleMarket, ListsSharesBondsFundsAndIndexesWithoutProblems) {
     EXPECT_TRUE(g_MyGetStock(1)->IsIndex());
     EXPECT_TRUE(g_MyGetStock(1399001)->IsIndex());
     EXPECT_EQ(g_MyCurTradeDate, 20210331);
+    std::string settings;
+    ASSERT_TRUE(ny::ReadWholeFile(s_dir->Path() + "config_main.ini", &settings));
+    EXPECT_NE(settings.find("[DayItem]\nBeginTime=20190102\nEndTime=20210331\n[Min5Item]\nEndTime=20210331\n"),
+              std::string::npos);
     std::string readme;
     ASSERT_TRUE(ny::ReadWholeFile(s_dir->Path() + "data/README.txt", &readme));
     EXPECT_EQ(readme.rfind(ny::kSampleMarketLabel, 0), 0u);
