@@ -2,11 +2,11 @@
 
 #include <ctime>
 
-NyClockValue CClockModule::m_SystemDate(true);
-NyClockValue CClockModule::m_SystemTime(false);
+ny::ClockValue CClockModule::m_SystemDate(true);
+ny::ClockValue CClockModule::m_SystemTime(false);
 int g_MyCurTradeDate = 0;
 
-NyClockValue::operator int() const {
+ny::ClockValue::operator int() const {
     if (m_bFixed) return m_nValue;
     const std::time_t now = std::time(nullptr);
     std::tm local{};
@@ -15,13 +15,13 @@ NyClockValue::operator int() const {
     return local.tm_hour * 10000 + local.tm_min * 100 + local.tm_sec;
 }
 
-NyClockValue& NyClockValue::operator=(int value) {
+ny::ClockValue& ny::ClockValue::operator=(int value) {
     m_bFixed = true;
     m_nValue = value;
     return *this;
 }
 
-void NyClockValue::Follow() { m_bFixed = false; }
+void ny::ClockValue::Follow() { m_bFixed = false; }
 
 void CClockModule::SetClock(int date, int time) {
     m_SystemDate = date;

@@ -3,14 +3,15 @@
 
 #include <string>
 
+namespace ny {
 // A clock reading that follows the system clock until it is fixed. It reads like an int: the
 // date as YYYYMMDD or the time as HHMMSS, in local time.
-class NyClockValue {
+class ClockValue {
 public:
-    explicit NyClockValue(bool isDate) : m_bDate(isDate) {}
+    explicit ClockValue(bool isDate) : m_bDate(isDate) {}
     operator int() const;
     // Fixes this reading to a value; the clock no longer follows the system for it.
-    NyClockValue& operator=(int value);
+    ClockValue& operator=(int value);
     // Follows the system clock again.
     void Follow();
 
@@ -19,11 +20,12 @@ private:
     bool m_bFixed = false;
     int m_nValue = 0;
 };
+}  // namespace ny
 
 class CClockModule {
 public:
-    static NyClockValue m_SystemDate;  // YYYYMMDD
-    static NyClockValue m_SystemTime;  // HHMMSS
+    static ny::ClockValue m_SystemDate;  // YYYYMMDD
+    static ny::ClockValue m_SystemTime;  // HHMMSS
 
     // Fixes both readings, for tests and for a command-line option.
     static void SetClock(int date, int time);

@@ -70,20 +70,36 @@ void ReportLine(const std::string& path, int number, const std::string& what) {
     ReportProblem(path + ": line " + std::to_string(number) + ": " + what + ", line skipped");
 }
 
-// Kind words of the stock list, joined by '+'. "A" is the A share of the stock's market.
+// The bits of one kind word; false for an unknown word. "A" is the A share of the stock's market,
+// "STOCK" a share without further marks (another market's, or a B share).
+bool KindBits(const std::string& word, char market, unsigned* bits) {
+    static const struct {
+        const char* word;
+        unsigned bits;
+    } kWords[] = {{"INDEX", NY_KIND_INDEX}, {"BOND", NY_KIND_BOND}, {"FUND", NY_KIND_FUND},
+                  {"HAND", NY_KIND_HAND_UNIT}, {"STOCK", 0}};
+    if (word == "A" && (market == NY_MARKET_SH || market == NY_MARKET_SZ)) {
+        *bits = market == NY_MARKET_SH ? NY_KIND_SH_A : NY_KIND_SZ_A;
+        return true;
+    }
+    for (const auto& entry : kWords) {
+        if (word != entry.word) continue;
+        *bits = entry.bits;
+        return true;
+    }
+    return false;
+}
+
+// Kind words of the stock list, joined by '+'.
 bool ParseKind(const std::string& text, char market, unsigned* kind) {
     *kind = 0;
     size_t start = 0;
     for (;;) {
         const size_t plus = text.find('+', start);
-        const std::string word = text.substr(start, plus == std::string::npos ? std::string::npos : plus - start);
-        if (word == "A" && market == NY_MARKET_SH) *kind |= NY_KIND_SH_A;
-        else if (word == "A" && market == NY_MARKET_SZ) *kind |= NY_KIND_SZ_A;
-        else if (word == "INDEX") *kind |= NY_KIND_INDEX;
-        else if (word == "BOND") *kind |= NY_KIND_BOND;
-        else if (word == "FUND") *kind |= NY_KIND_FUND;
-        else if (word == "HAND") *kind |= NY_KIND_HAND_UNIT;
-        else return false;
+        unsigned bits = 0;
+        if (!KindBits(text.substr(start, plus == std::string::npos ? std::string::npos : plus - start), market, &bits))
+            return false;
+        *kind |= bits;
         if (plus == std::string::npos) return true;
         start = plus + 1;
     }

@@ -20,9 +20,9 @@ const char kStockList[] =
     "SH600001,\xE4\xB8\x9C\xE5\xB2\xB3,DY,A,5000,8000\n"      // 4  东岳
     "SZ000002,\xE5\x8D\x97\xE4\xB8\xB0,NF,A,1200.5,2000\r\n"  // 5  南丰, CRLF
     "SH110001,Bond One,ZZ,BOND\n"                              // 6
-    "SZ159901,Fund,JJ,FUND+HAND\n"                             // 7
+    "HK000005,Hong Kong,HK,STOCK+HAND\n"                      // 7
     "SH60000X,Bad,BD,A\n"                                      // 8  bad code
-    "SH600009,Odd,OD,STOCK\n"                                  // 9  unknown kind
+    "SH600009,Odd,OD,A+SHARE\n"                                // 9  unknown kind
     "SH600010,Short\n"                                         // 10 too few fields
     "SH600001,Twice,TW,A\n"                                    // 11 listed twice
     "SH600011,NoCap,NC,A,lots\n";                              // 12 bad number
@@ -84,17 +84,17 @@ TEST_F(InstallationTest, ReadsTheStockListAndSkipsBadLines) {
 TEST_F(InstallationTest, KindsAnswerTheUnitRules) {
     const CStock* index = g_MyGetStock(1);
     const CStock* bond = g_MyGetStock(110001);
-    const CStock* fund = g_MyGetStock(1159901);
-    ASSERT_TRUE(index && bond && fund);
+    const CStock* hongKong = g_MyGetStock(2000005);
+    ASSERT_TRUE(index && bond && hongKong);
     EXPECT_TRUE(index->IsIndex());
     EXPECT_TRUE(index->IsHandUnit());
     EXPECT_FALSE(index->IsZQ());
     EXPECT_TRUE(bond->IsZQ());
     EXPECT_FALSE(bond->IsHandUnit());
-    EXPECT_TRUE(fund->IsHandUnit());
-    EXPECT_FALSE(fund->IsIndex());
+    EXPECT_EQ(hongKong->m_cMarket, 2);
+    EXPECT_EQ(hongKong->m_dwKind, NY_KIND_HAND_UNIT);
     EXPECT_TRUE(CStock::IsZQ(110001));
-    EXPECT_TRUE(CStock::IsHandUnit(1159901));
+    EXPECT_TRUE(CStock::IsHandUnit(2000005));
     EXPECT_FALSE(CStock::IsHandUnit(600001));
     EXPECT_FALSE(CStock::IsZQ(999999));  // unknown id
     EXPECT_FALSE(CStock::IsHandUnit(999999));
