@@ -206,7 +206,7 @@ void Generator::AddShare(int i) {
     item.capital = static_cast<float>(std::floor(m_rng.Between(3000, 60000)));
     item.totalCapital = static_cast<float>(std::floor(item.capital * m_rng.Between(1.0, 2.0)));
     item.beta = m_rng.Between(0.5, 1.5);
-    item.volatility = m_rng.Between(0.01, 0.03);
+    item.volatility = m_rng.Between(0.008, 0.022);
     item.turnover = m_rng.Between(0.004, 0.02);
     item.listed = m_rng.Chance(0.15) ? m_rng.Below(static_cast<int>(m_days.size() * 2 / 5) + 1) : 0;
     m_items.push_back(item);
@@ -596,7 +596,7 @@ bool Generator::Run(std::string* error) {
         *error = "the options give no market (minute times hold two-digit years up to 21)";
         return false;
     }
-    for (size_t d = 0; d < m_days.size(); ++d) m_marketMoves.push_back(0.0002 + 0.012 * m_rng.Normal());
+    for (size_t d = 0; d < m_days.size(); ++d) m_marketMoves.push_back(0.0004 + 0.011 * m_rng.Normal());
     m_sums[NY_MARKET_SH].resize(m_days.size());
     m_sums[NY_MARKET_SZ].resize(m_days.size());
     MakeInstruments();
