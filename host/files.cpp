@@ -28,7 +28,7 @@ bool ReadWholeFile(const std::string& path, std::string* bytes) {
     return true;
 }
 
-bool WriteFileAtomic(const std::string& path, const std::string& bytes) {
+bool WriteFileAtomic(const std::string& path, const std::string& bytes, bool flushToDisk) {
     namespace fs = std::filesystem;
     std::error_code error;
     const fs::path target(path);
@@ -43,8 +43,7 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes) {
         if (n <= 0) break;
         written += static_cast<size_t>(n);
     }
-    // The bytes reach the disk before the new name does.
-    const bool complete = written == bytes.size() && ::fsync(fd) == 0;
+    const bool complete = written == bytes.size() && (!flushToDisk || ::fsync(fd) == 0);
     if (::close(fd) != 0 || !complete || ::rename(temporary.c_str(), path.c_str()) != 0) {
         ::unlink(temporary.c_str());
         return false;

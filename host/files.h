@@ -14,8 +14,10 @@ namespace ny {
 bool ReadWholeFile(const std::string& path, std::string* bytes);
 
 // Writes bytes to a temporary file beside path and renames it over path, so that a crash
-// mid-write leaves either the old file or the new one. Creates missing folders. False on failure.
-bool WriteFileAtomic(const std::string& path, const std::string& bytes);
+// mid-write leaves either the old file or the new one. Creates missing folders. With flushToDisk
+// the bytes reach the disk before the rename (what a user's file needs; a generator writing
+// thousands of files may skip it). False on failure.
+bool WriteFileAtomic(const std::string& path, const std::string& bytes, bool flushToDisk = true);
 
 // Reads a file of fixed-size records: whole records only. A length that is not a multiple of the
 // record size is noted as a problem and the trailing bytes are ignored. False if the file can't

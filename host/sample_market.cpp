@@ -533,7 +533,7 @@ std::string Generator::QuoteLine(const Instrument& item) {
 }
 
 bool Generator::Write(const std::string& relative, const std::string& bytes, std::string* error) {
-    if (WriteFileAtomic(m_dir + relative, bytes)) return true;
+    if (WriteFileAtomic(m_dir + relative, bytes, false)) return true;
     *error = "can't write " + m_dir + relative;
     return false;
 }
