@@ -1,6 +1,7 @@
 #include "host/stockdb.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <utility>
 
@@ -16,6 +17,13 @@ namespace {
 std::vector<std::pair<int, CStock*>>& IdIndex() {
     static std::vector<std::pair<int, CStock*>> index;
     return index;
+}
+
+// Counts the rebuilds of the index, starting from 1, so that remembered look-ups can tell that
+// they are out of date.
+std::atomic<unsigned>& IndexGeneration() {
+    static std::atomic<unsigned> generation{1};
+    return generation;
 }
 
 std::mutex& IdIndexLock() {
@@ -132,9 +140,18 @@ int CStock::Min5Time2Day(int time) { return 20000000 + time / 10000; }
 CStock* g_MyGetStock(long id) {
     std::vector<std::pair<int, CStock*>>& index = IdIndex();
     if (index.size() != g_MyStocksArray.size()) ny::IndexStocks();
+    // The evaluator asks for the same stock at every bar: remember the last answer per thread.
+    thread_local long lastId = 0;
+    thread_local CStock* lastStock = nullptr;
+    thread_local unsigned lastGeneration = 0;
+    const unsigned generation = IndexGeneration().load(std::memory_order_acquire);
+    if (lastGeneration == generation && lastId == id) return lastStock;
     auto found = std::lower_bound(index.begin(), index.end(), id,
                                   [](const std::pair<int, CStock*>& entry, long key) { return entry.first < key; });
-    return found != index.end() && found->first == id ? found->second : nullptr;
+    lastId = id;
+    lastStock = found != index.end() && found->first == id ? found->second : nullptr;
+    lastGeneration = generation;
+    return lastStock;
 }
 
 const CHisDay* CIndex::GetDay(long date) {
@@ -195,6 +212,7 @@ void IndexStocks() {
     for (CStock* stock : g_MyStocksArray) index.emplace_back(stock->m_lStockID, stock);
     std::stable_sort(index.begin(), index.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
+    IndexGeneration().fetch_add(1, std::memory_order_release);
 }
 
 void ClearStocks() {

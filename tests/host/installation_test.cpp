@@ -203,6 +203,7 @@ TEST(Installation, ReopeningReplacesTheMarket) {
     second.Write("data/stocks.csv", "SZ000001,C,C,A\n");
     ASSERT_TRUE(ny::OpenInstallation(first.Path()));
     EXPECT_EQ(g_MyStocksArray.size(), 2u);
+    EXPECT_NE(g_MyGetStock(600001), nullptr);  // remembered, and must be forgotten on reopening
     ASSERT_TRUE(ny::OpenInstallation(second.Path().substr(0, second.Path().size() - 1)));  // no '/'
     EXPECT_EQ(g_MyExePath, second.Path());
     EXPECT_EQ(g_MyStocksArray.size(), 1u);
