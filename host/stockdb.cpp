@@ -155,10 +155,12 @@ CStock* g_MyGetStock(long id) {
 }
 
 const CHisDay* CIndex::GetDay(long date) {
-    std::lock_guard<std::mutex> guard(m_lock);
-    if (!m_bLoaded) {
-        m_arDays = ny::ReadBarFile(GetDayFilePath());
-        m_bLoaded = true;
+    if (!m_bLoaded.load(std::memory_order_acquire)) {
+        std::lock_guard<std::mutex> guard(m_lock);
+        if (!m_bLoaded.load(std::memory_order_relaxed)) {
+            m_arDays = ny::ReadBarFile(GetDayFilePath());
+            m_bLoaded.store(true, std::memory_order_release);
+        }
     }
     auto found = std::lower_bound(m_arDays.begin(), m_arDays.end(), date,
                                   [](const CHisDay& bar, long key) { return bar.m_lTime < key; });
@@ -169,7 +171,7 @@ CString CIndex::GetDayFilePath() const { return ny::StockFilePath(m_lStockID, "d
 
 void CIndex::Reset() {
     std::lock_guard<std::mutex> guard(m_lock);
-    m_bLoaded = false;
+    m_bLoaded.store(false, std::memory_order_release);
     m_arDays.clear();
 }
 

@@ -2,6 +2,7 @@
 // The host's stock database: the stock objects of the installation with their names, kinds,
 // stored files and current quotes; the two market indexes; the trading sessions.
 
+#include <atomic>
 #include <mutex>
 #include <vector>
 
@@ -103,15 +104,15 @@ public:
 
     int m_lStockID;
 
-    // The bar of a date, or null.
+    // The bar of a date, or null. Safe from several threads.
     const CHisDay* GetDay(long date);
     CString GetDayFilePath() const;
-    // Drops the loaded bars; the next GetDay reads the file again.
+    // Drops the loaded bars; the next GetDay reads the file again. Not while others use the index.
     void Reset();
 
 private:
     std::mutex m_lock;
-    bool m_bLoaded = false;
+    std::atomic<bool> m_bLoaded{false};
     std::vector<CHisDay> m_arDays;
 };
 

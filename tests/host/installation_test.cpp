@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 #include "host/clock.h"
 #include "host/files.h"
@@ -184,6 +185,23 @@ TEST_F(InstallationTest, IndexGivesTheBarOfADate) {
     EXPECT_EQ(g_MyIndexSH.GetDay(20210630), nullptr);
     EXPECT_EQ(g_MyIndexSH.GetDay(20210627), nullptr);
     EXPECT_EQ(g_MyIndexSZ.GetDay(20210628), nullptr);  // no file
+}
+
+TEST_F(InstallationTest, IndexIsReadOnceFromSeveralThreads) {
+    std::vector<CHisDay> bars(500);
+    for (int i = 0; i < 500; ++i) {
+        bars[i].m_lTime = 20000000 + i;
+        bars[i].m_fClose = static_cast<float>(i);
+    }
+    m_dir.Write("data/sz/day/399001.day", ny::EncodeBars(bars));
+    std::vector<std::thread> readers;
+    std::vector<float> sums(4, 0);
+    for (int t = 0; t < 4; ++t)
+        readers.emplace_back([t, &sums] {
+            for (int i = 0; i < 500; ++i) sums[t] += g_MyIndexSZ.GetDay(20000000 + i)->m_fClose;
+        });
+    for (std::thread& reader : readers) reader.join();
+    for (float sum : sums) EXPECT_FLOAT_EQ(sum, 499 * 500 / 2);
 }
 
 TEST(Installation, MissingStockListGivesAnEmptyMarket) {
