@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "host/files.h"  // InstallationProblems
+
 namespace ny {
 
 // Makes path (a trailing '/' is added if missing) the installation: sets g_MyExePath, reads the
