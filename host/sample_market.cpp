@@ -478,37 +478,33 @@ std::string FormatNumber(double value) {
     return text;
 }
 
-// The quote of the last day: the day bar, bid and ask queues around the last price and the
-// figures derived from them. A stock without a bar on that day is suspended: last = previous close.
+// The quote of the last day, on which every instrument trades: the day bar, bid and ask queues
+// around the last price and the figures derived from them.
 std::string Generator::QuoteLine(const Instrument& item) {
     CStock quote;
-    const bool traded = !item.days.empty() && item.days.back().m_lTime == m_days.back();
-    if (item.days.empty()) return std::string();
     const CHisDay& bar = item.days.back();
-    quote.m_fPreClose = traded ? item.references.back() : bar.m_fClose;
+    quote.m_fPreClose = item.references.back();
     quote.m_fNew = bar.m_fClose;
-    if (traded) {
-        quote.m_fOpen = bar.m_fOpen;
-        quote.m_fHigh = bar.m_fHigh;
-        quote.m_fLow = bar.m_fLow;
-        quote.m_fVolume = bar.m_fVolume;
-        quote.m_fAmount = bar.m_fAmount;
-        quote.m_fCurVolume = item.lastMinutes.empty() ? 0 : item.lastMinutes.back().m_fVolume;
-        const double shares = bar.m_fVolume * item.sharesPerUnit;
-        quote.m_fAvgPrice = static_cast<float>(shares > 0 ? bar.m_fAmount / shares : 0);
-        quote.m_fChange = static_cast<float>(bar.m_fClose - quote.m_fPreClose);
-        quote.m_fRisePercent = static_cast<float>((bar.m_fClose - quote.m_fPreClose) / quote.m_fPreClose * 100);
-        quote.m_fAmplitude = static_cast<float>((bar.m_fHigh - bar.m_fLow) / quote.m_fPreClose * 100);
-        if (item.capital > 0) quote.m_fTurnover = static_cast<float>(shares / (item.capital * 10000.0) * 100);
-        const size_t n = item.days.size();
-        double past = 0;
-        const size_t from = n > 6 ? n - 6 : 0;
-        for (size_t i = from; i + 1 < n; ++i) past += item.days[i].m_fVolume;
-        if (past > 0) quote.m_fVolumeRatio = static_cast<float>(bar.m_fVolume / (past / (n - 1 - from)));
-        const double outerShare = item.orderFlow.empty() ? 0.5 : BoughtShare(item.orderFlow.back());
-        quote.m_fOuterVolume = static_cast<float>(std::floor(bar.m_fVolume * outerShare / item.lot) * item.lot);
-        quote.m_fInnerVolume = bar.m_fVolume - quote.m_fOuterVolume;
-    }
+    quote.m_fOpen = bar.m_fOpen;
+    quote.m_fHigh = bar.m_fHigh;
+    quote.m_fLow = bar.m_fLow;
+    quote.m_fVolume = bar.m_fVolume;
+    quote.m_fAmount = bar.m_fAmount;
+    quote.m_fCurVolume = item.lastMinutes.back().m_fVolume;
+    const double shares = bar.m_fVolume * item.sharesPerUnit;
+    quote.m_fAvgPrice = static_cast<float>(shares > 0 ? bar.m_fAmount / shares : 0);
+    quote.m_fChange = static_cast<float>(bar.m_fClose - quote.m_fPreClose);
+    quote.m_fRisePercent = static_cast<float>((bar.m_fClose - quote.m_fPreClose) / quote.m_fPreClose * 100);
+    quote.m_fAmplitude = static_cast<float>((bar.m_fHigh - bar.m_fLow) / quote.m_fPreClose * 100);
+    if (item.capital > 0) quote.m_fTurnover = static_cast<float>(shares / (item.capital * 10000.0) * 100);
+    const size_t n = item.days.size();
+    const size_t from = n > 6 ? n - 6 : 0;
+    double past = 0;
+    for (size_t i = from; i + 1 < n; ++i) past += item.days[i].m_fVolume;
+    if (past > 0) quote.m_fVolumeRatio = static_cast<float>(bar.m_fVolume / (past / (n - 1 - from)));
+    const double outerShare = item.orderFlow.empty() ? 0.5 : BoughtShare(item.orderFlow.back());
+    quote.m_fOuterVolume = static_cast<float>(std::floor(bar.m_fVolume * outerShare / item.lot) * item.lot);
+    quote.m_fInnerVolume = bar.m_fVolume - quote.m_fOuterVolume;
     if (item.kind != Kind::Index) {
         double bids = 0, asks = 0;
         for (int level = 0; level < 3; ++level) {
