@@ -53,8 +53,9 @@ int TruncateToInt(double value) {
     return static_cast<int>(value);
 }
 
-// A period: the value rounded half up and truncated.
-int RoundPeriod(float value) { return TruncateToInt(static_cast<double>(value) + 0.5); }
+// A period: the value rounded half up, so that a whole number stays itself on both sides of 0
+// (-2 looks two bars ahead) and 2.5 is 3.
+int RoundPeriod(float value) { return TruncateToInt(std::floor(static_cast<double>(value) + 0.5)); }
 
 // A bar number computed in a wider type, held in the 16-bit range of the bar variables. A value
 // beyond the series stays beyond it, so an empty range stays empty.
