@@ -68,6 +68,11 @@ float At(const float* series, long long j, short count) {
     return (j >= 0 && j < count) ? series[j] : 0.0f;
 }
 
+// One step of a running float sum: computed in double, stored as a float.
+float Accumulate(float sum, double term) {
+    return static_cast<float>(static_cast<double>(sum) + term);
+}
+
 struct Operand {
     const float* v;
     short from;
@@ -136,7 +141,7 @@ void SumBars(const PeriodCall& c, float* out, short from, short to) {
         float sum = 0.0f;
         long long j = i;
         for (; j >= from; --j) {
-            sum = static_cast<float>(static_cast<double>(sum) + c.X(j));
+            sum = Accumulate(sum, c.X(j));
             if (static_cast<double>(sum) >= c.n) break;
         }
         out[i] = j < from ? 99999.0f : static_cast<float>(i - j + 1);
@@ -149,10 +154,10 @@ char CumulativeSum(const PeriodCall& c, float* out, short* from, short* to) {
     if (*from > *to) return 14;
     float sum = 0.0f;
     for (long long j = c.x.from; j <= *from; ++j)
-        sum = static_cast<float>(static_cast<double>(sum) + c.X(j));
+        sum = Accumulate(sum, c.X(j));
     const ny::BarSpan bars(*from, *to, c.count);
     for (int i = bars.first; i <= bars.last; ++i) {
-        if (i > *from) sum = static_cast<float>(static_cast<double>(sum) + c.X(i));
+        if (i > *from) sum = Accumulate(sum, c.X(i));
         out[i] = sum;
     }
     return 0;
@@ -190,7 +195,7 @@ char Recursive(const PeriodCall& c, float* out, short* from, short* to) {
 // out[first] accumulates X from its first bar up to `first`, one stored float step at a time.
 void SeedSum(const PeriodCall& c, float* out, int first) {
     for (long long j = c.x.from; j <= first; ++j)
-        out[first] = static_cast<float>(static_cast<double>(out[first]) + c.X(j));
+        out[first] = Accumulate(out[first], c.X(j));
 }
 
 // MA and SUM: the sum rolls from bar to bar and is never recomputed; MA divides at the end.
@@ -251,12 +256,14 @@ struct WindowBars {
     int first;
     int last;
     WindowBars(const PeriodCall& c, int i)
-        : start(c.WindowStart(i)), first(static_cast<int>(std::max<long long>(start, 0))), last(i) {}
+        : start(c.WindowStart(i)),
+          first(static_cast<int>(std::max<long long>(start, 0))),
+          last(i) {}
 };
 
 float WindowMean(const PeriodCall& c, const WindowBars& w) {
     float sum = 0.0f;
-    for (int j = w.first; j <= w.last; ++j) sum = static_cast<float>(static_cast<double>(sum) + c.X(j));
+    for (int j = w.first; j <= w.last; ++j) sum = Accumulate(sum, c.X(j));
     return static_cast<float>(static_cast<double>(sum) / c.n);
 }
 
@@ -264,7 +271,7 @@ float AverageDeviation(const PeriodCall& c, const WindowBars& w) {
     const double mean = WindowMean(c, w);
     float result = 0.0f;
     for (int j = w.first; j <= w.last; ++j)
-        result = static_cast<float>(result + std::fabs(c.X(j) - mean) / c.n);
+        result = Accumulate(result, std::fabs(c.X(j) - mean) / c.n);
     return result;
 }
 
@@ -275,7 +282,7 @@ float SquaredDeviations(const PeriodCall& c, const WindowBars& w) {
     for (int j = w.first; j <= w.last; ++j) {
         const float difference = static_cast<float>(c.X(j) - mean);
         const float square = static_cast<float>(static_cast<double>(difference) * difference);
-        result = static_cast<float>(static_cast<double>(result) + square);
+        result = Accumulate(result, square);
     }
     return result;
 }
@@ -292,10 +299,10 @@ Fit FitLine(const PeriodCall& c, const WindowBars& w) {
     for (int j = w.first; j <= w.last; ++j) {
         const double k = static_cast<double>(j - w.start + 1);
         const double x = c.X(j);
-        sx = static_cast<float>(sx + k);
-        sy = static_cast<float>(sy + x);
-        sxy = static_cast<float>(sxy + k * x);
-        sxx = static_cast<float>(sxx + k * k);
+        sx = Accumulate(sx, k);
+        sy = Accumulate(sy, x);
+        sxy = Accumulate(sxy, k * x);
+        sxx = Accumulate(sxx, k * k);
     }
     const double n = c.n;
     const float b = static_cast<float>((n * sxy - static_cast<double>(sx) * sy) /
@@ -310,7 +317,7 @@ float Statistic(const PeriodCall& c, int i) {
         case Name::AveDev: return AverageDeviation(c, w);
         case Name::DevSq: return SquaredDeviations(c, w);
         case Name::Var: return static_cast<float>(SquaredDeviations(c, w) / (c.n - 1.0));
-        case Name::VarP: return static_cast<float>(SquaredDeviations(c, w) / static_cast<double>(c.n));
+        case Name::VarP: return static_cast<float>(SquaredDeviations(c, w) / (c.n * 1.0));
         case Name::Forcast: {
             const Fit fit = FitLine(c, w);
             return static_cast<float>(static_cast<double>(c.n) * fit.b + fit.a);
@@ -376,7 +383,8 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
 
     ny::PooledBuffer periodBuffer(m_pool, m_nBarCount);
     Operand period{periodBuffer.floats(), 0, *to, 0};
-    rc = ReadValueArgument(periodBuffer.floats(), &period.from, &period.to, &period.isSeries, 1, true);
+    rc = ReadValueArgument(periodBuffer.floats(), &period.from, &period.to, &period.isSeries, 1,
+                           true);
     if (rc != 0) return rc;
 
     PeriodCall call{NameOf(word), {}, period, periodBuffer.floats()[0], 0, m_nBarCount, m_nCurSpan};
@@ -394,7 +402,9 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
 
     switch (call.name) {
         case Name::Ref: Reference(call, out, from, to); break;
-        case Name::RefDate: rc = DateReference(call, m_pHisDay, m_nCurFrom, m_nCurTo, out, from, to); break;
+        case Name::RefDate:
+            rc = DateReference(call, m_pHisDay, m_nCurFrom, m_nCurTo, out, from, to);
+            break;
         case Name::SumBars: SumBars(call, out, *from, *to); break;
         case Name::Ema:
         case Name::Dma: rc = Recursive(call, out, from, to); break;

@@ -41,12 +41,14 @@ char MergeBranches(CIndicator& ind, const char* truth, bool inverted, float* out
     ny::PooledBuffer first(ind.m_pool, count);
     short firstFrom = *from, firstTo = *to;
     char firstSeries = 0;
-    char rc = ind.ReadValueArgument(first.floats(), &firstFrom, &firstTo, &firstSeries, permission, false);
+    char rc = ind.ReadValueArgument(first.floats(), &firstFrom, &firstTo, &firstSeries,
+                                    permission, false);
     if (rc != 0) return rc;
     ny::PooledBuffer second(ind.m_pool, count);
     short secondFrom = *from, secondTo = *to;
     char secondSeries = 0;
-    rc = ind.ReadValueArgument(second.floats(), &secondFrom, &secondTo, &secondSeries, permission, true);
+    rc = ind.ReadValueArgument(second.floats(), &secondFrom, &secondTo, &secondSeries, permission,
+                               true);
     if (rc != 0) return rc;
 
     if (!firstSeries) ny::Spread(first.floats(), firstFrom, firstTo, count);

@@ -146,7 +146,8 @@ TEST(Indicators, Kdj) {
 }
 
 TEST(Indicators, BollingerBands) {
-    Formula f({{"BOLL", "MA(CLOSE,M)"}, {"UB", "BOLL+2*STD(CLOSE,M)"}, {"LB", "BOLL-2*STD(CLOSE,M)"}});
+    Formula f({{"BOLL", "MA(CLOSE,M)"}, {"UB", "BOLL+2*STD(CLOSE,M)"},
+               {"LB", "BOLL-2*STD(CLOSE,M)"}});
     f.AddParam("M", 20);
     const std::vector<CHisDay> bars = MarketBars();
     f.Run(bars);
