@@ -345,6 +345,28 @@ TEST_F(Averages, ThirdArgumentOfSmaTakesConstantsOnly) {
     EXPECT_EQ(Code("SMA(CLOSE,5,MA(CLOSE,2))"), 12);
 }
 
+// ---- Periods beyond any window ----
+
+TEST_F(Averages, ExtremePeriodsStayInsideTheSeries) {
+    EXPECT_EQ(Code("MA(CLOSE,100000000000)"), 15);
+    for (const char* text : {"HHV(CLOSE,100000000000)", "REF(CLOSE,100000000000)",
+                             "REF(CLOSE,0-100000000000)", "STD(CLOSE,100000)"}) {
+        nytest::Reading r = ReadValue(ind, text);
+        EXPECT_EQ(r.code, 0) << text;
+        EXPECT_GT(r.from, r.to) << text;
+    }
+    // Windows reaching before bar 0 or behind the last bar read nothing outside the series.
+    for (const char* text : {"MA(CLOSE,-3)", "SUM(CLOSE,-3)", "MEMA(CLOSE,-3)", "AVEDEV(CLOSE,-5)",
+                             "FORCAST(CLOSE,-3)", "UPNDAY(CLOSE,-2)", "STD(CLOSE,CLOSE*1000)",
+                             "SLOPE(CLOSE,CLOSE*1000)", "HHVBARS(CLOSE,CLOSE*1000)",
+                             "EMA(CLOSE,100000000000)", "DMA(CLOSE,CLOSE*1000)"})
+        EXPECT_EQ(Code(text), 0) << text;
+    ExpectValues(Series("REF(CLOSE,CLOSE*1000)"), 0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    ExpectValues(Series("REF(CLOSE,0-CLOSE*100000000000)"), 0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    ExpectValues(Series("SUMBARS(CLOSE,100000000000)"), 9, {99999});
+    EXPECT_EQ(Code("REFDATE(CLOSE,100000000000)"), 3);
+}
+
 // ---- Codes of the argument list ----
 
 TEST_F(Averages, CodesOfTheArgumentList) {
