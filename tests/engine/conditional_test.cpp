@@ -36,6 +36,10 @@ TEST_F(Conditional, ConstantConditionPicksOneBranch) {
     EXPECT_EQ(Constant("IFN(0,2,3)"), 2.0f);
     // A condition treats a magnitude up to 0.000001 as false.
     EXPECT_EQ(Constant("IF(0.0000005,2,3)"), 3.0f);
+    // The condition is read by the condition grammar: connectives, negation, nesting.
+    EXPECT_EQ(Constant("IF(1>0 AND 2>3,1,2)"), 2.0f);
+    EXPECT_EQ(Constant("IF(!0,1,2)"), 1.0f);
+    EXPECT_EQ(Constant("IF(!(2>1),1,2)"), 2.0f);
 }
 
 TEST_F(Conditional, TheBranchNotTakenIsNeverEvaluated) {
