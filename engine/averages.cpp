@@ -115,7 +115,7 @@ void Reference(const PeriodCall& c, float* out, short* from, short* to) {
         out[i] = c.X(static_cast<long long>(i) - TruncateToInt(c.period.v[i]));
 }
 
-// The value of X on the bar dated `date` (counted from 1900), over the whole range of X.
+// The value of X on the bar whose date is the period (counted from 1900), over X's whole range.
 char DateReference(const PeriodCall& c, const CHisDay* bars, short searchFrom, short searchTo,
                    float* out, short* from, short* to) {
     const long long sought = static_cast<long long>(c.n) + 19000000;
@@ -371,6 +371,15 @@ char Window(const PeriodCall& c, float* out, short* from, short* to) {
     return 0;
 }
 
+// A result computed over a range of its own keeps only the bars from the caller's first bar on,
+// so that what narrowed the statement before still holds. Only REF moves the range instead.
+void KeepCallerBars(float* out, short* from, short callerFrom, short count) {
+    if (*from >= callerFrom) return;
+    const ny::BarSpan dropped(*from, static_cast<short>(callerFrom - 1), count);
+    for (int i = dropped.first; i <= dropped.last; ++i) out[i] = 0.0f;
+    *from = callerFrom;
+}
+
 }  // namespace
 
 char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, char*) {
@@ -400,6 +409,7 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
     if (rc != 0) return rc;
     if (!call.x.isSeries) return 16;
 
+    const short callerFrom = *from;
     switch (call.name) {
         case Name::Ref: Reference(call, out, from, to); break;
         case Name::RefDate:
@@ -414,6 +424,7 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
             break;
     }
     if (rc != 0) return rc;
+    if (call.name != Name::Ref) KeepCallerBars(out, from, callerFrom, m_nBarCount);
     m_pCursor = behindCall;
     return 0;
 }

@@ -101,6 +101,25 @@ TEST_F(Averages, RefSetsItsOwnRangeInsideAStatementRun) {
     EXPECT_EQ(f.At("B", 1), 1.0f);
 }
 
+TEST_F(Averages, WindowsKeepAnEarlierNarrowing) {
+    // The shorter average behind the longer one starts where the longer one does, in one
+    // expression and across the statements of a run, with the values of its own window.
+    nytest::Reading difference = Series("MA(CLOSE,4)-MA(CLOSE,2)");
+    ExpectRange(difference, 3, 9);
+    for (int i = 3; i < 10; ++i) EXPECT_EQ(difference.values[i], -1.0f) << i;
+    EXPECT_EQ(difference.values[1], 0.0f);
+
+    Formula f({{"A", "MA(CLOSE,5)"}, {"B", "MA(CLOSE,2)"}, {"C", "HHV(CLOSE,0)"},
+               {"D", "REFDATE(CLOSE,1240103)"}});
+    f.Run(nytest::RisingBars(10));
+    EXPECT_EQ(f["B"].m_nFirst, 4);
+    EXPECT_EQ(f.At("B", 4), 4.5f);
+    EXPECT_EQ(f.At("B", 3), 0.0f);
+    EXPECT_EQ(f["C"].m_nFirst, 4);
+    EXPECT_EQ(f["D"].m_nFirst, 4);
+    EXPECT_EQ(f.At("D", 4), 2.0f);
+}
+
 TEST_F(Averages, RefDateTakesTheValueOfTheDatedBar) {
     // Bars are dated 20240102 onwards; 1240105 is 2024-01-05, bar 3.
     nytest::Reading r = Series("REFDATE(CLOSE,1240105)");
