@@ -415,8 +415,4 @@ TEST_F(Averages, UnclosedArgumentListGivesTen) {
     EXPECT_EQ(ind.ReadSMA(const_cast<char*>("SMA"), out, &from, &to, 1, &isSeries), 10);
 }
 
-TEST_F(Averages, CursorStandsBehindTheCallAfterwards) {
-    ExpectValues(Series("MA(CLOSE,2)+SMA(CLOSE,3,1)*0+100"), 1, {101.5f, 102.5f});
-}
-
 }  // namespace
