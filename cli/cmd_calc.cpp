@@ -1,0 +1,210 @@
+// nyind calc: evaluate a formula over the bars of a stock or of a CSV file.
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <memory>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/commands.h"
+#include "cli/compile.h"
+#include "cli/formula_input.h"
+#include "cli/statement_view.h"
+#include "cli/stocks.h"
+#include "cli/table.h"
+#include "host/bar_csv.h"
+#include "host/files.h"
+#include "host/stockdb.h"
+
+namespace nyind {
+namespace {
+
+constexpr int kDefaultTableRows = 20;
+constexpr size_t kMaxBars = 32767;  // bar counts of an evaluation are 16-bit
+
+struct CalcOptions {
+    std::string formula, kind, source, name, stock, bars;
+    std::vector<std::string> params;
+    int last = -1;
+    bool csv = false, json = false, all = false;
+};
+
+struct Series {
+    std::vector<CHisDay> bars;
+    bool minute = false;
+    CStock* stock = nullptr;
+    std::string label;  // where the bars came from
+};
+
+int LoadSeries(const CalcOptions& options, Series* series) {
+    if (!options.stock.empty()) {
+        if (int status = FindStock(options.stock, &series->stock); status != kExitOk) return status;
+        series->label = ny::FormatStockCode(series->stock->GetID());
+    }
+    if (!options.bars.empty()) {
+        std::string text;
+        if (!ReadInput(options.bars, &text)) return Fail(kExitRefused, "cannot read " + options.bars);
+        ny::BarCsv csv = ny::ParseBarCsv(text);
+        for (const ny::BarCsvProblem& p : csv.problems)
+            Fail(kExitRefused, options.bars + ":" + std::to_string(p.line) + ": " + p.message);
+        if (!csv.problems.empty()) return kExitRefused;
+        if (csv.bars.empty()) return Fail(kExitRefused, options.bars + ": no bars");
+        series->bars = std::move(csv.bars);
+        series->minute = csv.minute;
+        series->label = options.bars;
+    } else {
+        series->bars = ny::ReadBarFile(series->stock->GetDayFilePath());
+        if (series->bars.empty()) return Fail(kExitRefused, "no day bars for " + series->label);
+    }
+    if (series->bars.size() > kMaxBars)
+        series->bars.erase(series->bars.begin(), series->bars.end() - kMaxBars);
+    return kExitOk;
+}
+
+int PrepareFormula(const CalcOptions& options, CIndicator* formula) {
+    if (!options.formula.empty()) {
+        CIndicator* found = nullptr;
+        if (int status = FindLibraryFormula(options.formula, options.kind, &found); status != kExitOk) return status;
+        *formula = *found;
+        return ApplyParamValues(options.params, formula);
+    }
+    FormulaInput input{options.source, options.name, options.params};
+    if (int status = LoadFormulaInput(input, formula); status != kExitOk) return status;
+    CString message;
+    if (CompileFormula(*formula, &message).nResult != NY_TEST_OK) return FailGbk(kExitRefused, message);
+    return kExitOk;
+}
+
+void Evaluate(CIndicator& formula, Series& series) {
+    const auto count = static_cast<short>(series.bars.size());
+    formula.m_lStockID = series.stock != nullptr ? series.stock->GetID() : 0;
+    formula.Change();
+    formula.m_pHisDay = series.bars.data();
+    formula.m_nBarCount = count;
+    formula.m_nDrawStart = 0;
+    formula.m_nDrawEnd = count;
+    formula.AllocMem(count);
+    formula.Calc(0, count);
+}
+
+bool HasValue(const CExpression& s, int bar) {
+    return s.m_cComputed == 1 && s.m_pData != nullptr && bar >= s.m_nFirst && bar < s.m_nEnd && bar < s.m_nAllocBars;
+}
+
+std::vector<const CExpression*> ShownStatements(const CIndicator& formula, bool all) {
+    std::vector<const CExpression*> shown;
+    for (const CExpression* s : formula.m_arExpressions)
+        if (all || s->m_nType != 0) shown.push_back(s);
+    if (shown.empty())
+        for (const CExpression* s : formula.m_arExpressions) shown.push_back(s);
+    return shown;
+}
+
+void PrintTable(const CIndicator& formula, const Series& series, int firstRow, const CalcOptions& options) {
+    const std::vector<const CExpression*> shown = ShownStatements(formula, options.all);
+    std::vector<std::string> header{series.minute ? "time" : "date"};
+    std::vector<int> decimals;
+    for (const CExpression* s : shown) {
+        header.push_back(StatementHeading(*s));
+        double largest = 0;
+        for (int bar = firstRow; bar < static_cast<int>(series.bars.size()); ++bar)
+            if (HasValue(*s, bar)) largest = std::max(largest, std::fabs(static_cast<double>(s->m_pData[bar])));
+        decimals.push_back(DecimalsFor(largest));
+    }
+    TextTable table(header);
+    table.AlignRightFrom(1);
+    for (int bar = firstRow; bar < static_cast<int>(series.bars.size()); ++bar) {
+        std::vector<std::string> row{BarTimeText(series.bars[bar].m_lTime, series.minute)};
+        for (size_t c = 0; c < shown.size(); ++c)
+            row.push_back(HasValue(*shown[c], bar) ? FormatNumber(shown[c]->m_pData[bar], decimals[c]) : "");
+        table.AddRow(row);
+    }
+    std::cout << (options.csv ? table.RenderCsv() : table.Render());
+    if (!options.csv && firstRow > 0 && options.last < 0)
+        std::cout << "(last " << table.RowCount() << " of " << series.bars.size() << " bars; --last 0 shows all)\n";
+}
+
+void PrintJson(const CIndicator& formula, const Series& series, int firstRow) {
+    nlohmann::ordered_json out;
+    out["formula"] = {{"name", ToTerminal(formula.m_strName)}, {"kind", formula.m_MainType}};
+    out["source"] = series.label;
+    if (series.stock != nullptr)
+        out["stock"] = {{"code", ny::FormatStockCode(series.stock->GetID())}, {"name", ToTerminal(series.stock->m_strName)}};
+    out["bars"] = series.bars.size();
+    out["first_row"] = firstRow;
+    nlohmann::ordered_json times = nlohmann::ordered_json::array();
+    for (size_t bar = firstRow; bar < series.bars.size(); ++bar)
+        times.push_back(BarTimeText(series.bars[bar].m_lTime, series.minute));
+    out["times"] = times;
+    out["statements"] = nlohmann::ordered_json::array();
+    for (const CExpression* s : formula.m_arExpressions) {
+        nlohmann::ordered_json item = StatementDefinition(*s);
+        item["computed"] = s->m_cComputed == 1;
+        item["is_series"] = s->m_cIsSeries == 1;
+        item["first"] = s->m_cComputed == 1 ? nlohmann::ordered_json(s->m_nFirst) : nlohmann::ordered_json(nullptr);
+        item["end"] = s->m_cComputed == 1 ? nlohmann::ordered_json(s->m_nEnd) : nlohmann::ordered_json(nullptr);
+        nlohmann::ordered_json values = nlohmann::ordered_json::array();
+        nlohmann::ordered_json draw = nlohmann::ordered_json::array();
+        bool anyDraw = false;
+        for (int bar = firstRow; bar < static_cast<int>(series.bars.size()); ++bar) {
+            values.push_back(HasValue(*s, bar) ? JsonNumber(s->m_pData[bar]) : nlohmann::ordered_json(nullptr));
+            if (s->m_pDrawData == nullptr || bar >= s->m_nAllocBars) continue;
+            const float* d = s->m_pDrawData + 4 * bar;
+            anyDraw = anyDraw || d[0] != 0 || d[1] != 0 || d[2] != 0 || d[3] != 0;
+            draw.push_back({JsonNumber(d[0]), JsonNumber(d[1]), JsonNumber(d[2]), JsonNumber(d[3])});
+        }
+        item["values"] = values;
+        if (anyDraw) item["draw"] = draw;
+        out["statements"].push_back(item);
+    }
+    std::cout << out.dump(2) << "\n";
+}
+
+int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
+    if (options.formula.empty() == options.source.empty())
+        return Fail(kExitUsage, "calc: give either --formula NAME or --source FILE");
+    if (options.stock.empty() && options.bars.empty())
+        return Fail(kExitUsage, "calc: give --stock CODE or --bars FILE");
+    if (int status = OpenHome(global, !options.stock.empty()); status != kExitOk) return status;
+    CIndicator formula;
+    if (int status = PrepareFormula(options, &formula); status != kExitOk) return status;
+    Series series;
+    if (int status = LoadSeries(options, &series); status != kExitOk) return status;
+    Evaluate(formula, series);
+    for (const CExpression* s : formula.m_arExpressions)
+        if (s->m_cComputed != 1) Fail(kExitOk, "statement " + StatementHeading(*s) + " could not be computed");
+    const int rows = options.last >= 0 ? options.last : options.csv || options.json ? 0 : kDefaultTableRows;
+    const int total = static_cast<int>(series.bars.size());
+    const int firstRow = rows == 0 ? 0 : std::max(0, total - rows);
+    if (options.json)
+        PrintJson(formula, series, firstRow);
+    else
+        PrintTable(formula, series, firstRow, options);
+    return kExitOk;
+}
+
+}  // namespace
+
+void AddCalcCommand(CLI::App& app, const GlobalOptions& global, int& status) {
+    auto options = std::make_shared<CalcOptions>();
+    CLI::App* command = app.add_subcommand("calc", "Evaluate a formula over the bars of a stock or a CSV file");
+    auto* formula = command->add_option("--formula", options->formula, "A formula of the library, by name");
+    AddKindOption(*command, options->kind, "Kind of the --formula")->needs(formula);
+    auto* source = command->add_option("--source", options->source,
+                                       "Formula text or a readable formula file (*.fml); \"-\" reads standard input")
+                       ->excludes(formula);
+    command->add_option("--name", options->name, "Name of the --source formula in messages")->needs(source);
+    command->add_option("--param", options->params, "Parameter value NAME=VALUE (repeatable)");
+    command->add_option("--stock", options->stock, "A stock of the installation: SH600001, SZ000001, or its code");
+    command->add_option("--bars", options->bars,
+                        "A CSV file of bars: date,open,high,low,close,volume[,amount]; \"-\" reads standard input");
+    command->add_option("--last", options->last, "Show only the last N bars (0: all; default 20 in the table, all otherwise)")
+        ->check(CLI::NonNegativeNumber);
+    auto* csv = command->add_flag("--csv", options->csv, "Write CSV");
+    command->add_flag("--json", options->json, "Write JSON")->excludes(csv);
+    command->add_flag("--all", options->all, "Show the assignments (:=) too, not only the output lines");
+    command->callback([options, &global, &status] { status = RunCalc(*options, global); });
+}
+
+}  // namespace nyind

@@ -1,0 +1,114 @@
+// nyind data import: the user's own bars into the installation, from CSV.
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/statement_view.h"
+#include "host/bar_csv.h"
+#include "host/encoding.h"
+#include "host/files.h"
+#include "host/installation.h"
+#include "host/stockdb.h"
+#include "model/library.h"
+
+namespace nyind {
+namespace {
+
+enum class BarKind { Day, Min5, Min1 };
+
+struct ImportOptions {
+    std::string code, day, min5, min1, name, pinyin, kind = "A";
+    bool replace = false;
+};
+
+// The pinyin initials of a stock's name, as the library makes them for formula names.
+std::string NameInitials(const CString& name) {
+    CIndicator probe;
+    probe.m_strName = name;
+    g_MyMakeIndicatorPY(&probe);
+    return probe.m_arPYCodes.empty() ? std::string() : probe.m_arPYCodes.front();
+}
+
+// Adds the stock to the stock list under --name, keeping every line that is there. Returns an
+// exit status.
+int AddToStockList(int id, const ImportOptions& options) {
+    CString gbk;
+    if (!ArgumentToGbk(options.name, &gbk)) return kExitUsage;
+    if (options.name.find_first_of(",\r\n") != std::string::npos) return Fail(kExitUsage, "--name may not hold a comma");
+    const std::string pinyin = options.pinyin.empty() ? NameInitials(gbk) : options.pinyin;
+    std::string list;
+    if (!ny::ReadWholeFile(ny::StockListPath(), &list)) list = "code,name,pinyin,kind,capital,total_capital\n";
+    if (!list.empty() && list.back() != '\n') list += '\n';
+    list += ny::FormatStockCode(id) + "," + options.name + "," + pinyin + "," + options.kind + "\n";
+    if (!ny::WriteFileAtomic(ny::StockListPath(), list)) return Fail(kExitRefused, "cannot write " + ny::StockListPath());
+    std::cout << "added " << ny::FormatStockCode(id) << " " << options.name << " to the stock list\n";
+    return kExitOk;
+}
+
+int CheckRows(const ny::BarCsv& csv, BarKind kind, const std::string& file) {
+    if (csv.bars.empty()) return Fail(kExitRefused, file + ": no bars");
+    if (csv.minute != (kind != BarKind::Day))
+        return Fail(kExitRefused, file + (csv.minute ? ": minute rows given as day bars" : ": day rows given as minute bars"));
+    if (kind == BarKind::Min1 && csv.bars.front().m_lTime / 10000 != csv.bars.back().m_lTime / 10000)
+        return Fail(kExitRefused, file + ": the 1-minute file holds one day only");
+    return kExitOk;
+}
+
+int RunImport(const ImportOptions& options, const GlobalOptions& global) {
+    const int given = !options.day.empty() + !options.min5.empty() + !options.min1.empty();
+    if (given != 1) return Fail(kExitUsage, "data import: give one of --day, --min5, --min1");
+    std::string upper = options.code;
+    for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    const int id = ny::ParseStockCode(upper);
+    if (id == 0) return Fail(kExitUsage, "\"" + options.code + "\" is not a stock code such as SH600001");
+    if (int status = OpenHome(global, false); status != kExitOk) return status;
+
+    const BarKind kind = !options.day.empty() ? BarKind::Day : !options.min5.empty() ? BarKind::Min5 : BarKind::Min1;
+    const std::string& file = kind == BarKind::Day ? options.day : kind == BarKind::Min5 ? options.min5 : options.min1;
+    std::string text;
+    if (!ReadInput(file, &text)) return Fail(kExitRefused, "cannot read " + file);
+    const ny::BarCsv csv = ny::ParseBarCsv(text);
+    for (const ny::BarCsvProblem& p : csv.problems) Fail(kExitRefused, file + ":" + std::to_string(p.line) + ": " + p.message);
+    if (!csv.problems.empty()) return Fail(kExitRefused, "nothing imported");
+    if (int status = CheckRows(csv, kind, file); status != kExitOk) return status;
+
+    CStock target;
+    target.m_lStockID = id;
+    const std::string path = kind == BarKind::Day    ? target.GetDayFilePath()
+                             : kind == BarKind::Min5 ? target.GetMin5FilePath()
+                                                     : target.GetMinuteFilePath();
+    const bool listed = g_MyGetStock(id) != nullptr;
+    const std::vector<CHisDay> bars = options.replace || kind == BarKind::Min1
+                                          ? csv.bars
+                                          : ny::MergeBars(ny::ReadBarFile(path), csv.bars);
+    if (!listed && options.name.empty())
+        return Fail(kExitUsage, options.code + " is not in the stock list: give --name (and --kind) to add it");
+    if (!ny::WriteFileAtomic(path, ny::EncodeBars(bars))) return Fail(kExitRefused, "cannot write " + path);
+    const bool minute = kind != BarKind::Day;
+    std::cout << ny::FormatStockCode(id) << ": " << csv.bars.size() << " bars imported ("
+              << BarTimeText(csv.bars.front().m_lTime, minute) << " to " << BarTimeText(csv.bars.back().m_lTime, minute)
+              << "), " << bars.size() << " in " << path << "\n";
+    return listed ? kExitOk : AddToStockList(id, options);
+}
+
+}  // namespace
+
+void AddDataCommand(CLI::App& app, const GlobalOptions& global, int& status) {
+    CLI::App* data = app.add_subcommand("data", "Market data of the installation");
+    data->require_subcommand(1);
+    auto options = std::make_shared<ImportOptions>();
+    CLI::App* command = data->add_subcommand("import", "Bring a stock's bars into the installation from a CSV file");
+    command->add_option("code", options->code, "The stock, SH600001 or SZ000001")->required();
+    command->add_option("--day", options->day, "CSV of day bars: date,open,high,low,close,volume[,amount]");
+    command->add_option("--min5", options->min5, "CSV of 5-minute bars, each dated \"YYYY-MM-DD HH:MM\" by its last minute");
+    command->add_option("--min1", options->min1, "CSV of the 1-minute bars of one day");
+    command->add_flag("--replace", options->replace, "Replace the stored bars instead of merging by date");
+    command->add_option("--name", options->name, "Name of a stock that is not listed yet: adds it to the stock list");
+    command->add_option("--pinyin", options->pinyin, "Pinyin initials of the new stock (default: made from the name)");
+    command->add_option("--kind", options->kind, "Kind words of the new stock, joined by + (default A)");
+    command->callback([options, &global, &status] { status = RunImport(*options, global); });
+}
+
+}  // namespace nyind

@@ -1,0 +1,51 @@
+#pragma once
+// What every subcommand of nyind shares: the installation it works on, the clock, the exit
+// statuses, and the edge between the GBK text inside the system and the UTF-8 of the terminal.
+
+#include <string>
+#include <vector>
+
+#include "model/types.h"
+
+namespace nyind {
+
+// Exit statuses of the tool.
+enum ExitStatus : int {
+    kExitOk = 0,
+    kExitRefused = 1,  // the formula or the data was refused, with the system's message
+    kExitUsage = 2,    // the command line was wrong
+};
+
+struct GlobalOptions {
+    std::string home;   // --home; empty: $NYIND_HOME, else the installation built with nyind
+    std::string clock;  // --clock "YYYY-MM-DD HH:MM"
+    bool now = false;   // --now: follow the system clock
+};
+
+// The installation directory that the options select.
+std::string HomeDirectory(const GlobalOptions& options);
+
+// Sets the clock, opens the installation (stock list, quotes), fills the function catalog and
+// loads the formula library. Messages the library shows go to stderr. With needMarket a missing
+// stock list is refused. Returns an exit status; kExitOk when ready.
+int OpenHome(const GlobalOptions& options, bool needMarket);
+
+// GBK text of the system to the terminal, with CR LF line ends made plain LF.
+std::string ToTerminal(const CString& gbk);
+
+// A line to stderr, prefixed "nyind: ". Returns the status so that callers can write
+// `return Fail(kExitRefused, "...")`. The text is UTF-8.
+int Fail(int status, const std::string& utf8);
+// The same with a GBK message of the system.
+int FailGbk(int status, const CString& gbk);
+
+// The messages the library showed since the last call, forgotten afterwards (GBK).
+std::vector<CString> TakeMessages();
+
+// Reads a file, or standard input for "-". False if it can't be read.
+bool ReadInput(const std::string& path, std::string* bytes);
+
+// A UTF-8 argument converted to GBK; false (with a message) if it has no GBK form.
+bool ArgumentToGbk(const std::string& utf8, CString* gbk);
+
+}  // namespace nyind
