@@ -44,7 +44,8 @@ int RunCheck(const CheckOptions& options, const GlobalOptions& global) {
         for (const CExpression* e : formula.m_arExpressions) out["statements"].push_back(StatementDefinition(*e));
         std::cout << out.dump(2) << "\n";
     } else {
-        std::cout << ToTerminal(message) << (passed ? "\n" : "");
+        const std::string text = ToTerminal(message);
+        std::cout << text << (text.empty() || text.back() != '\n' ? "\n" : "");
         if (passed) PrintStatements(formula);
     }
     return passed ? kExitOk : kExitRefused;
