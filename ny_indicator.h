@@ -12,3 +12,7 @@
 #include "model/formula_file.h"
 #include "model/indicator.h"
 #include "model/library.h"
+#include "check/lexical.h"
+#include "check/syntax_result.h"
+#include "dialogs/formula_dialog.h"
+#include "editor/color_edit_wnd.h"
