@@ -11,6 +11,7 @@
 #include "check/lexical.h"
 #include "editor/color_edit_wnd.h"
 #include "host/encoding.h"
+#include "model/library.h"
 
 namespace nytest {
 
@@ -66,3 +67,31 @@ inline CParam MakeParam(const std::string& name, short min, short max, short val
 #define EXPECT_GBK(actual, expected)                                                    \
     EXPECT_EQ(std::string(actual), std::string(expected))                               \
         << "actual:   " << ny::GbkToUtf8(actual) << "\nexpected: " << ny::GbkToUtf8(expected)
+
+namespace nytest {
+
+// Puts a formula MACD of kind 0 with three parameters and the lines DIF, DEA, MACD into the
+// library, once, so that words can refer to it.
+inline void AddLibraryMacd() {
+    static const bool added = [] {
+        auto* macd = new CIndicator;
+        macd->m_strName = "MACD";
+        macd->m_strTitle = "平滑异同平均";
+        for (const char* name : {"SHORT", "LONG", "MID"}) {
+            auto* param = new CParam;
+            param->m_strName = name;
+            macd->m_arParams.push_back(param);
+        }
+        for (const char* line : {"DIF", "DEA", "MACD"}) {
+            auto* expression = new CExpression;
+            expression->m_strName = line;
+            expression->m_strText = "C";
+            macd->m_arExpressions.push_back(expression);
+        }
+        g_MyAddIndicator(macd);
+        return true;
+    }();
+    (void)added;
+}
+
+}  // namespace nytest
