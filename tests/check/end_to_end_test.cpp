@@ -1,0 +1,104 @@
+// Formula text as a user types it, through the syntax test into statements, evaluated over bars.
+
+#include <memory>
+
+#include "check/syntax_result.h"
+#include "tests/check/check_fixture.h"
+#include "tests/engine/formula_fixture.h"
+
+namespace {
+
+class EndToEnd : public nytest::CheckTest {
+protected:
+    // Tests the text and builds the formula from the test's statements, as the formula dialog
+    // does on OK; then evaluates it over the bars.
+    const CIndicator& Run(const std::string& text, std::vector<CHisDay> newBars,
+                          const std::vector<CParam>& params = {}) {
+        const SYNTestResult result = Test(text, params);
+        EXPECT_EQ(result.nResult, 0) << ny::GbkToUtf8(result.strError);
+        formula = std::make_unique<CIndicator>();
+        for (const CParam& param : params) formula->m_arParams.push_back(new CParam(param));
+        ny::AppendTestedStatements(result, *formula);
+
+        bars = std::move(newBars);
+        const auto count = static_cast<short>(bars.size());
+        formula->Change();
+        formula->m_pHisDay = bars.data();
+        formula->m_nBarCount = count;
+        formula->m_nDrawStart = 0;
+        formula->m_nDrawEnd = count;
+        formula->AllocMem(count);
+        formula->Calc(0, count);
+        return *formula;
+    }
+
+    const CExpression& Statement(const char* name) {
+        const CExpression* expression = formula->Find(name);
+        EXPECT_NE(expression, nullptr) << name;
+        static const CExpression kNone;
+        return expression != nullptr ? *expression : kNone;
+    }
+
+    std::unique_ptr<CIndicator> formula;
+    std::vector<CHisDay> bars;
+};
+
+TEST_F(EndToEnd, PriceFormulaWithCommentsColoursAndWidths) {
+    // Bars: high = close + 1, low = close - 1, open = close - 0.5.
+    const CIndicator& result = Run(
+        "{中间价与振幅}\r\n"
+        "mid:(high+low)/2,colorwhite,linethick2;\r\n"
+        "spread:=high-low; {振幅}\r\n"
+        "up:close>open and spread>1.5,nodraw;\r\n"
+        "c-mid+spread*10,colorstick",
+        nytest::MakeBars({10, 12, 11.5f, 13}));
+    ASSERT_EQ(result.m_arExpressions.size(), 4u);
+
+    const CExpression& mid = Statement("MID");
+    EXPECT_EQ(mid.m_lColor, 0xFFFFFF);
+    EXPECT_EQ(mid.m_nWidth, 2);
+    EXPECT_EQ(mid.m_nType, 1);
+    ASSERT_EQ(mid.m_cComputed, 1);
+    EXPECT_FLOAT_EQ(mid.m_pData[0], 10);
+    EXPECT_FLOAT_EQ(mid.m_pData[2], 11.5f);
+
+    const CExpression& spread = Statement("SPREAD");
+    EXPECT_EQ(spread.m_nType, 0);
+    EXPECT_FLOAT_EQ(spread.m_pData[3], 2);
+
+    const CExpression& up = Statement("UP");
+    EXPECT_EQ(up.m_nType, 32);
+    EXPECT_EQ(up.m_nWidth, 0);
+    ASSERT_EQ(up.m_cComputed, 1);
+    for (int i = 0; i < 4; ++i) EXPECT_FLOAT_EQ(up.m_pData[i], 1) << i;
+
+    const CExpression& unnamed = *result.m_arExpressions[3];
+    EXPECT_EQ(unnamed.m_strName, "");
+    EXPECT_EQ(unnamed.m_nType, 3);
+    ASSERT_EQ(unnamed.m_cComputed, 1);
+    EXPECT_FLOAT_EQ(unnamed.m_pData[1], 20);  // close - mid is 0
+}
+
+TEST_F(EndToEnd, ParametersSignsAndConditions) {
+    // The evaluator matches parameter names exactly, against the upper-cased text.
+    const std::vector<CParam> params = {nytest::MakeParam("N", 1, 100, 20)};
+    Run("twice:c*n/10;\r\n"
+        "neg:-c+1;\r\n"
+        "low5:c<-1 or c>=12;\r\n"
+        "both:(-1)*c+(c-o)*2 != 0 && c=c",
+        nytest::MakeBars({10, 12, 14}), params);
+    EXPECT_FLOAT_EQ(Statement("TWICE").m_pData[2], 28);
+    EXPECT_FLOAT_EQ(Statement("NEG").m_pData[0], -9);
+    EXPECT_FLOAT_EQ(Statement("LOW5").m_pData[0], 0);
+    EXPECT_FLOAT_EQ(Statement("LOW5").m_pData[1], 1);
+    // -c + 1 is never 0 for these closes.
+    EXPECT_FLOAT_EQ(Statement("BOTH").m_pData[2], 1);
+}
+
+TEST_F(EndToEnd, StatementTextsReachTheEvaluatorInUpperCaseWithTheirLineBreaks) {
+    const CIndicator& result = Run("a:=c+\r\n  o;\r\nb:a/2", nytest::MakeBars({10, 20}));
+    EXPECT_EQ(result.m_arExpressions[0]->m_strText, "C+\r\n  O");
+    EXPECT_FLOAT_EQ(Statement("B").m_pData[1], 19.75f);
+}
+
+}  // namespace
