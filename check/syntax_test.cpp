@@ -562,6 +562,12 @@ bool TestStatement(ColorEditWnd& editor, std::string_view statement, const std::
 
 constexpr std::string_view kStatementEnds = "; \r\n";
 
+SYNTestLineResult NoLexer() {
+    SYNTestLineResult result;
+    result.nResult = NY_TEST_NO_LEXER;
+    return result;
+}
+
 }  // namespace
 
 SYNTestResult ColorEditWnd::GetTestResult(const std::vector<CParam>& params) {
@@ -611,10 +617,12 @@ SYNTestResult ColorEditWnd::GetTestResult(const std::vector<CParam>& params) {
 }
 
 SYNTestLineResult ColorEditWnd::GetLineTestResult(const char* line, const std::vector<CParam>& params) {
+    if (m_pfnLexical == nullptr) return NoLexer();
     return StatementWalk(*this, line, params).Run();
 }
 
 SYNTestLineResult ColorEditWnd::CheckLineExpress(const char* express, const std::vector<CParam>& params) {
+    if (m_pfnLexical == nullptr) return NoLexer();
     return ExpressionWalk(*this, express, params).Run();
 }
 

@@ -70,10 +70,11 @@ inline CParam MakeParam(const std::string& name, short min, short max, short val
 
 namespace nytest {
 
-// Puts a formula MACD of kind 0 with three parameters and the lines DIF, DEA, MACD into the
-// library, once, so that words can refer to it.
-inline void AddLibraryMacd() {
-    static const bool added = [] {
+// A formula MACD of kind 0 with three parameters and the lines DIF, DEA, MACD, in the library for
+// the life of the object, so that words can refer to it.
+class LibraryMacd {
+public:
+    LibraryMacd() {
         auto* macd = new CIndicator;
         macd->m_strName = "MACD";
         macd->m_strTitle = "平滑异同平均";
@@ -89,9 +90,10 @@ inline void AddLibraryMacd() {
             macd->m_arExpressions.push_back(expression);
         }
         g_MyAddIndicator(macd);
-        return true;
-    }();
-    (void)added;
-}
+    }
+    ~LibraryMacd() { g_MyRemoveIndicatorByPos("MACD", NY_KIND_INDICATOR); }
+    LibraryMacd(const LibraryMacd&) = delete;
+    LibraryMacd& operator=(const LibraryMacd&) = delete;
+};
 
 }  // namespace nytest

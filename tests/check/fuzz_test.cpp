@@ -80,10 +80,6 @@ private:
 
 class Fuzz : public nytest::CheckTest {
 protected:
-    void SetUp() override {
-        CheckTest::SetUp();
-        nytest::AddLibraryMacd();
-    }
 
     // The paint tokens of a text cover each of its bytes once, in order.
     void ExpectTiled(const std::string& text) {
@@ -123,6 +119,7 @@ protected:
         formula.Calc(0, count);
     }
 
+    nytest::LibraryMacd macd;
     const std::vector<CParam> params = {nytest::MakeParam("N", 1, 100, 3)};
     std::vector<CHisDay> bars = nytest::MakeBars({10, 11, 9.5f, 12, 12.5f, 11, 13, 14});
     int passed = 0;

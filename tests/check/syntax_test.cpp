@@ -126,7 +126,7 @@ TEST_F(SyntaxTest, CallsAndArgumentCounts) {
 }
 
 TEST_F(SyntaxTest, LibraryIndicators) {
-    nytest::AddLibraryMacd();
+    nytest::LibraryMacd macd;
     EXPECT_EQ(Code("A:MACD(12,26)"), (Result{0, ""}));
     EXPECT_EQ(Code("A:MACD(12,26,9,1)"), (Result{-10, "MACD"}));
     EXPECT_EQ(Code("A:MA(MACD.DIF,5)"), (Result{0, ""}));

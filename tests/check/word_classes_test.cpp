@@ -39,7 +39,7 @@ TEST_F(CheckTest, FunctionParameterAndIdentifierNames) {
 }
 
 TEST_F(CheckTest, IndicatorNamesAreCutAtTheLastFullStop) {
-    nytest::AddLibraryMacd();
+    nytest::LibraryMacd macd;
     char kind = 0;
     CString indicator, line;
     EXPECT_NE(editor.IsIndicatorName("macd.dif", kind, indicator, line), nullptr);
@@ -87,6 +87,8 @@ TEST(LexicalModule, AMissingModuleLeavesTheEntryPointsNullAndTheTestRefuses) {
     EXPECT_EQ(result.nResult, NY_TEST_NO_LEXER);
     EXPECT_TRUE(result.arItems.empty());
     EXPECT_GBK(CFormulaDialog::GetTestString(result, "KDJ"), "当前公式: KDJ\r\n未知错误\r\n");
+    EXPECT_EQ(editor.GetLineTestResult("A:C", {}).nResult, NY_TEST_NO_LEXER);
+    EXPECT_EQ(editor.CheckLineExpress("C", {}).nResult, NY_TEST_NO_LEXER);
     // Empty text is reported as such even without the module.
     editor.SetText("");
     EXPECT_EQ(editor.GetTestResult({}).nResult, NY_TEST_EMPTY);
