@@ -101,4 +101,92 @@ TEST_F(EndToEnd, StatementTextsReachTheEvaluatorInUpperCaseWithTheirLineBreaks) 
     EXPECT_FLOAT_EQ(Statement("B").m_pData[1], 19.75f);
 }
 
+// EMA as the evaluator defines it: the first value is x itself, then ((N-1)y + 2x) / (N+1),
+// computed in double and kept as a float between bars.
+std::vector<float> Ema(const std::vector<float>& x, int n) {
+    std::vector<float> y(x.size());
+    y[0] = x[0];
+    for (size_t i = 1; i < x.size(); ++i)
+        y[i] = static_cast<float>(((n - 1) * static_cast<double>(y[i - 1]) + 2.0 * x[i]) / (n + 1));
+    return y;
+}
+
+TEST_F(EndToEnd, MovingAverages) {
+    Run("{均线}\r\nma5:ma(close,5),colorwhite;\r\nma10 : ma(c,10),coloryellow,linethick2;",
+        nytest::MakeBars({10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21}));
+    const CExpression& ma5 = Statement("MA5");
+    ASSERT_EQ(ma5.m_cComputed, 1);
+    EXPECT_EQ(ma5.m_nFirst, 4);
+    EXPECT_FLOAT_EQ(ma5.m_pData[4], 12);
+    EXPECT_FLOAT_EQ(ma5.m_pData[11], 19);
+    const CExpression& ma10 = Statement("MA10");
+    EXPECT_EQ(ma10.m_nWidth, 2);
+    EXPECT_EQ(ma10.m_lColor, 0x00FFFF);
+    EXPECT_FLOAT_EQ(ma10.m_pData[9], 14.5f);
+    EXPECT_FLOAT_EQ(ma10.m_pData[11], 16.5f);
+}
+
+TEST_F(EndToEnd, MacdWithParameters) {
+    const std::vector<float> closes = {10, 10.5f, 10.2f, 11, 11.8f, 11.4f, 12, 12.6f, 12.1f, 11.7f,
+                                       12.4f, 13, 13.5f, 13.2f, 12.8f, 13.9f, 14.2f, 14, 14.8f, 15.1f};
+    const std::vector<CParam> params = {nytest::MakeParam("SHORT", 2, 200, 12),
+                                        nytest::MakeParam("LONG", 2, 200, 26),
+                                        nytest::MakeParam("MID", 2, 200, 9)};
+    Run("DIF:EMA(CLOSE,SHORT)-EMA(CLOSE,LONG);\r\n"
+        "DEA:EMA(DIF,MID);\r\n"
+        "MACD:(DIF-DEA)*2,COLORSTICK;",
+        nytest::MakeBars(closes), params);
+    const std::vector<float> fast = Ema(closes, 12);
+    const std::vector<float> slow = Ema(closes, 26);
+    std::vector<float> dif(closes.size());
+    for (size_t i = 0; i < closes.size(); ++i) dif[i] = fast[i] - slow[i];
+    const std::vector<float> dea = Ema(dif, 9);
+    const CExpression& macd = Statement("MACD");
+    ASSERT_EQ(macd.m_cComputed, 1);
+    EXPECT_EQ(macd.m_nType, 3);
+    for (size_t i : {size_t{0}, size_t{5}, size_t{19}}) {
+        EXPECT_FLOAT_EQ(Statement("DIF").m_pData[i], dif[i]) << i;
+        EXPECT_FLOAT_EQ(Statement("DEA").m_pData[i], dea[i]) << i;
+        EXPECT_FLOAT_EQ(macd.m_pData[i], (dif[i] - dea[i]) * 2) << i;
+    }
+}
+
+TEST_F(EndToEnd, KdjOnASteadyRise) {
+    // Closes 1 to 30: over 9 bars the close stands 9 above the lowest low of a range of 10, so RSV
+    // is 90 from bar 8 on, and its smoothings stay there.
+    const std::vector<CParam> params = {nytest::MakeParam("N", 1, 100, 9),
+                                        nytest::MakeParam("M1", 2, 40, 3),
+                                        nytest::MakeParam("M2", 2, 40, 3)};
+    Run("rsv:=(close-llv(low,n))/(hhv(high,n)-llv(low,n))*100;\r\n"
+        "k:sma(rsv,m1,1);\r\nd:sma(k,m2,1);\r\nj:3*k-2*d;",
+        nytest::RisingBars(30), params);
+    const CExpression& j = Statement("J");
+    ASSERT_EQ(j.m_cComputed, 1);
+    EXPECT_EQ(Statement("RSV").m_nFirst, 8);
+    for (const char* line : {"RSV", "K", "D", "J"}) EXPECT_NEAR(Statement(line).m_pData[20], 90, 1e-3) << line;
+}
+
+TEST_F(EndToEnd, VolumeAndConditions) {
+    const CIndicator& result =
+        Run("vol,volstick;\r\nmavol5:ma(vol,5),nodraw;\r\n"
+            "up:if(close>ref(close,1),1,-1);\r\n"
+            "sig:c>ma(c,3) and v>=mavol5,colorred",
+            nytest::MakeBars({10, 12, 11, 13, 14, 12, 15, 16}));
+    const CExpression& volume = *result.m_arExpressions[0];
+    EXPECT_EQ(volume.m_nType, 2);
+    const CExpression& average = Statement("MAVOL5");
+    EXPECT_EQ(average.m_nWidth, 0);
+    EXPECT_EQ(average.m_nType, 32);
+    float sum = 0;
+    for (int i = 3; i <= 7; ++i) sum += volume.m_pData[i];
+    EXPECT_FLOAT_EQ(average.m_pData[7], sum / 5);
+    // The range narrowed by MA(VOL,5) holds for the statements behind it.
+    EXPECT_EQ(Statement("UP").m_nFirst, 4);
+    const float up[] = {0, 1, -1, 1, 1, -1, 1, 1};
+    for (int i = 4; i < 8; ++i) EXPECT_FLOAT_EQ(Statement("UP").m_pData[i], up[i]) << i;
+    // Bar 6: 15 is above the mean of 14, 12, 15; bar 5: 12 is below that of 13, 14, 12.
+    EXPECT_FLOAT_EQ(Statement("SIG").m_pData[6], 1);
+    EXPECT_FLOAT_EQ(Statement("SIG").m_pData[5], 0);
+}
+
 }  // namespace
