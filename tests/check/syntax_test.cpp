@@ -170,6 +170,10 @@ TEST_F(SyntaxTest, CharactersOutsideTheLanguage) {
     EXPECT_EQ(Code("DRAWTEXT(C>O,L,'买入#1')").first, 0);
     EXPECT_EQ(Code("DRAWTEXT(C>O,'#',L)").first, -12);
     EXPECT_EQ(Code("A:STRCAT('#','$')").first, 0);
+    // Any word is an operand of a text function.
+    EXPECT_EQ(Code("A:STRCAT(FOO,BAR)").first, 0);
+    // A ";" inside quotes ends the statement all the same.
+    EXPECT_EQ(Code("DRAWTEXT(C>O,L,'A;B')").first, -6);
     // A text beginning with ";" is one statement, and its ";" is no character of a statement.
     EXPECT_EQ(Code(";A:C"), (Result{-12, ";A:C"}));
 }
