@@ -18,6 +18,10 @@
 #include "model/hisday.h"
 #include "model/types.h"
 
+namespace ny {
+struct GrammarLevel;
+}
+
 // Longest texts the file records can hold (field width minus the terminating zero).
 constexpr int NY_NAME_BYTES = 31;
 constexpr int NY_STATEMENT_BYTES = 511;
@@ -222,7 +226,12 @@ public:
     // Buffers of the descent, reused across operands, statements and runs of this object.
     ny::SeriesPool m_pool;
 
+    // The operand of the multiplication level: a parenthesis or a word.
+    char ReadFactor(float* out, short* from, short* to, char* flag, CExpression* expr);
+
 private:
+    char ReadLevel(const ny::GrammarLevel& level, float* out, short* from, short* to,
+                   char permission, char* isSeries, CExpression* expr);
     char ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission);
     void CopyStatement(const CExpression& source, float* out, short* from, short* to,
                        char* isSeries) const;
