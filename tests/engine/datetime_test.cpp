@@ -114,3 +114,14 @@ TEST_F(DateTime, ConversionCallCodes) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DateTime, TFiltIsAnOrdinaryName) {
+    UseStamps({20240102, 20240103}, NY_PERIOD_DAY);
+    EXPECT_EQ(Code("TFILT(CLOSE,1040101,1025,1040101,1345)"), 7);
+    AddSeries("TFILT", {3, 4}, 0, 2);
+    EXPECT_EQ(Series("TFILT", 0, 1), (Values{3, 4}));
+}
+
+}  // namespace
