@@ -113,10 +113,6 @@ TEST_F(DateTime, ConversionCallCodes) {
     EXPECT_EQ(ind.ReadDATETODAY(word, out, &from, &to, 1, &isSeries), 10);
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(DateTime, TFiltIsAnOrdinaryName) {
     UseStamps({20240102, 20240103}, NY_PERIOD_DAY);
     EXPECT_EQ(Code("TFILT(CLOSE,1040101,1025,1040101,1345)"), 7);
