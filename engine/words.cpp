@@ -66,22 +66,23 @@ char CIndicator::ReadNumber(float* out, short* from, short* to, char* flag, CExp
         out[0] = static_cast<float>(value < 0 ? 0 : value);
         return 0;
     }
-    for (const CExpression* statement : m_arExpressions)
-        if (statement->m_strName == word)
-            return CopyStatement(*statement, out, from, to, permission, flag);
-    return 7;
+    for (const CExpression* statement : m_arExpressions) {
+        if (statement->m_strName != word) continue;
+        if (!statement->m_cComputed) return 7;
+        if (!permission && statement->m_cIsSeries) return 12;
+        CopyStatement(*statement, out, from, to, flag);
+        return 0;
+    }
+    return ReadFormulaReference(word, out, from, to, flag);
 }
 
 // Reads the last result of a statement: its whole buffer, narrowed to its valid bars.
-char CIndicator::CopyStatement(const CExpression& source, float* out, short* from, short* to,
-                               char permission, char* isSeries) {
-    if (!source.m_cComputed) return 7;
-    if (!permission && source.m_cIsSeries) return 12;
+void CIndicator::CopyStatement(const CExpression& source, float* out, short* from, short* to,
+                               char* isSeries) const {
     const short bars = std::min(m_nBarCount, source.m_nAllocBars);
     if (source.m_pData != nullptr && bars > 0)
         std::memcpy(out, source.m_pData, sizeof(float) * bars);
     if (*from < source.m_nFirst) *from = source.m_nFirst;
     if (*to >= source.m_nEnd) *to = source.m_nEnd - 1;
     *isSeries = source.m_cIsSeries;
-    return 0;
 }

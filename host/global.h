@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "host/pinyin.h"
 #include "model/types.h"
 
 // Directory of the installation, with a trailing '/'.

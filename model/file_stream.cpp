@@ -30,6 +30,9 @@ bool FileStream::Open(const CString& path, Mode mode) {
     m_file = std::fopen(path.c_str(), mode == Mode::Read ? "rb" : "wb");
     m_writing = mode == Mode::Write;
     m_writeFailed = false;
+    // A folder opens for reading on this system but holds no bytes to read.
+    struct stat info;
+    if (m_file != nullptr && (::fstat(::fileno(m_file), &info) != 0 || !S_ISREG(info.st_mode))) Close();
     return m_file != nullptr;
 }
 

@@ -243,7 +243,8 @@ public:
 
 private:
     char ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission);
-    char CopyStatement(const CExpression& source, float* out, short* from, short* to,
-                       char permission, char* isSeries);
+    void CopyStatement(const CExpression& source, float* out, short* from, short* to,
+                       char* isSeries) const;
+    char ReadFormulaReference(const char* word, float* out, short* from, short* to, char* isSeries);
     void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);
 };

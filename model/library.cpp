@@ -61,7 +61,7 @@ struct SetFile {
     CString path;
     BOOL bLong = FALSE;
     void (*apply)(CIndicator&) = nullptr;
-    long long minimumLength = 0;  // a file of at most this many bytes is not read
+    long long minimumLength = -1;  // a file of at most this many bytes is not read
 };
 
 // The base set of the edition.

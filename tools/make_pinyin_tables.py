@@ -14,7 +14,9 @@ Three tables are written (the look-up that reads them is g_MyMakeIndicatorPY):
 
 - g_MyArrayppword: characters whose modern readings start with different letters. Each entry is
   the letters of the readings followed by the characters that share exactly those letters; the
-  last letter is the character's usual reading (the first reading of kMandarin).
+  last letter is the character's usual reading (the first reading of kMandarin). A level-1
+  character of one initial that stands inside the run of another letter (see below) would get an
+  entry of its one letter here, since this table is read first.
 - g_MypPYCODE: 23 entries, one per initial letter (no I, U, V), each with the first and the last
   GB2312 code of the letter's run among the level-1 characters (which GB2312 orders by reading),
   one extra code of a character of that letter that stands outside every run, and the letter.

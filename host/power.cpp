@@ -1,0 +1,63 @@
+#include "host/power.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "host/files.h"
+#include "host/stockdb.h"
+
+float CPowerData::Adjust(float price) const {
+    float p = price;
+    if (m_fProfit > 0) p = p - m_fProfit / 10;
+    if (m_fGive > 0) p = p / (m_fGive / 10 + 1);
+    if (m_fPei > 0 && m_fPeiPrice > 0) {
+        const float s = m_fPei / 10;
+        const float paid = m_fPeiPrice / 10 * s;
+        const float sum = paid + p;
+        p = sum / (s + 1);
+    }
+    return p;
+}
+
+BOOL g_MyValueIsZero(float value, float tolerance) { return std::fabs(value) <= std::fabs(tolerance); }
+
+namespace {
+
+// The stock named by the number that the ex-rights loader receives.
+const CStock* PowerStock(long id) {
+    if (id >= 1000000) return g_MyGetStock(id);
+    const CStock* shanghai = g_MyGetStock(id);
+    if (shanghai != nullptr && !shanghai->IsIndex()) return shanghai;
+    const CStock* shenzhen = g_MyGetStock(1000000 + id);
+    return shenzhen != nullptr ? shenzhen : shanghai;
+}
+
+}  // namespace
+
+int g_MyLoadPowerById(std::vector<CPowerData>& records, long id) {
+    const CStock* stock = PowerStock(id);
+    if (stock == nullptr) return 0;
+    const std::vector<CPowerData> stored = ny::ReadPowerFile(stock->GetPowerFilePath());
+    records.insert(records.end(), stored.rbegin(), stored.rend());
+    return static_cast<int>(stored.size());
+}
+
+namespace ny {
+
+std::vector<CPowerData> ReadPowerFile(const std::string& path) {
+    std::string bytes;
+    size_t count = 0;
+    std::vector<CPowerData> records;
+    if (!ReadRecordFile(path, sizeof(CPowerData), &bytes, &count)) return records;
+    records.resize(count);
+    if (count > 0) std::memcpy(records.data(), bytes.data(), count * sizeof(CPowerData));
+    return records;
+}
+
+std::string EncodePower(const std::vector<CPowerData>& records) {
+    std::string bytes(records.size() * sizeof(CPowerData), '\0');
+    if (!records.empty()) std::memcpy(bytes.data(), records.data(), bytes.size());
+    return bytes;
+}
+
+}  // namespace ny

@@ -1,0 +1,83 @@
+// References to other formulas of the library.
+
+#include <gtest/gtest.h>
+
+#include "model/library.h"
+#include "tests/engine/formula_fixture.h"
+
+namespace {
+
+CIndicator* LibraryFormula(const char* name, short kind,
+                           std::initializer_list<nytest::Statement> statements) {
+    auto* f = new CIndicator;
+    f->m_strName = name;
+    f->m_MainType = kind;
+    for (const auto& [line, text] : statements) {
+        auto* e = new CExpression;
+        e->m_strName = line;
+        e->m_strText = text;
+        f->m_arExpressions.push_back(e);
+    }
+    return f;
+}
+
+class References : public ::testing::Test {
+protected:
+    void SetUp() override {
+        g_MyAddIndicator(LibraryFormula("ABC", NY_KIND_INDICATOR, {{"K", "CLOSE*2"}, {"D", "K+1"}}));
+        g_MyAddIndicator(LibraryFormula("SAME", NY_KIND_INDICATOR, {{"SAME", "3"}, {"Z", "4"}}));
+        g_MyAddIndicator(LibraryFormula("COND", NY_KIND_CONDITION, {{"X", "1"}}));
+        g_MyAddIndicator(LibraryFormula("SELF", NY_KIND_INDICATOR, {{"S", "SELF+1"}}));
+        g_MyAddIndicator(LibraryFormula("LOOPA", NY_KIND_INDICATOR, {{"A", "LOOPB"}}));
+        g_MyAddIndicator(LibraryFormula("LOOPB", NY_KIND_INDICATOR, {{"B", "LOOPA.A"}}));
+    }
+    void TearDown() override { g_MyRemoveIndicators(); }
+};
+
+TEST_F(References, NamedLineAndDefaultLines) {
+    nytest::Formula f({{"A", "ABC.K"}, {"B", "ABC"}, {"S", "SAME"}, {"T", ".K"}});
+    f.Run(nytest::RisingBars(6));
+    ASSERT_EQ(f["A"].m_cComputed, 1);
+    EXPECT_EQ(f["A"].m_cIsSeries, 1);
+    EXPECT_FLOAT_EQ(f.At("A", 5), 12.0f);
+    EXPECT_FLOAT_EQ(f.At("B", 5), 13.0f);  // the last line, D
+    EXPECT_FLOAT_EQ(f.At("S", 0), 3.0f);   // the line of the formula's own name
+    EXPECT_EQ(f["T"].m_cComputed, 0);      // ".K" is looked up whole
+}
+
+TEST_F(References, UnknownFormulaOrLineAndOtherKindsFail) {
+    nytest::Formula f({{"A", "XYZ.K"}, {"B", "ABC.Q"}, {"C1", "COND"}});
+    f.Run(nytest::RisingBars(4));
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(f["B"].m_cComputed, 0);
+    EXPECT_EQ(f["C1"].m_cComputed, 0);
+}
+
+TEST_F(References, NestedRunLeavesTheLibraryObjectAlone) {
+    nytest::Formula f({{"A", "ABC.K"}});
+    f.Run(nytest::RisingBars(4));
+    const CIndicator* abc = g_MyGetIndicator("ABC", NY_KIND_INDICATOR);
+    ASSERT_NE(abc, nullptr);
+    for (const CExpression* e : abc->m_arExpressions) {
+        EXPECT_EQ(e->m_pData, nullptr);
+        EXPECT_EQ(e->m_cComputed, 0);
+    }
+    EXPECT_EQ(abc->m_pHisDay, nullptr);
+}
+
+TEST_F(References, ReferenceNarrowsToTheLine) {
+    nytest::Formula f({{"A", "ABC.K"}});
+    f.Run(nytest::RisingBars(8), 3);
+    EXPECT_EQ(f["A"].m_nFirst, 3);
+    EXPECT_FLOAT_EQ(f.At("A", 3), 8.0f);
+}
+
+TEST_F(References, SelfReferenceEndsCleanly) {
+    nytest::Formula f({{"A", "SELF"}, {"B", "LOOPA"}, {"C", "CLOSE"}});
+    f.Run(nytest::RisingBars(4));
+    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(f["B"].m_cComputed, 0);
+    EXPECT_EQ(f["C"].m_cComputed, 1);
+}
+
+}  // namespace

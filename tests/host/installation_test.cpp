@@ -1,0 +1,242 @@
+#include "host/installation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "host/clock.h"
+#include "host/files.h"
+#include "host/global.h"
+#include "host/stockdb.h"
+#include "tests/host/temp_installation.h"
+
+namespace {
+
+// Stock list lines in UTF-8; line numbers count from 1 including comments.
+const char kStockList[] =
+    "# tiny market\n"                                          // 1
+    "code,name,pinyin,kind,capital,total_capital\n"            // 2
+    "SH000001,\xE6\xB2\xAA\xE5\xB8\x82,HS,INDEX+HAND\n"       // 3  沪市
+    "SH600001,\xE4\xB8\x9C\xE5\xB2\xB3,DY,A,5000,8000\n"      // 4  东岳
+    "SZ000002,\xE5\x8D\x97\xE4\xB8\xB0,NF,A,1200.5,2000\r\n"  // 5  南丰, CRLF
+    "SH110001,Bond One,ZZ,BOND\n"                              // 6
+    "HK000005,Hong Kong,HK,STOCK+HAND\n"                      // 7
+    "SH60000X,Bad,BD,A\n"                                      // 8  bad code
+    "SH600009,Odd,OD,A+SHARE\n"                                // 9  unknown kind
+    "SH600010,Short\n"                                         // 10 too few fields
+    "SH600001,Twice,TW,A\n"                                    // 11 listed twice
+    "SH600011,NoCap,NC,A,lots\n";                              // 12 bad number
+
+const char kQuotes[] =
+    "# quotes\n"                                                  // 1
+    "date=20210630\n"                                             // 2
+    "code,preclose,open,high,low,last,volume,amount,inner,outer,bogus\n"  // 3
+    "SH600001,10,10.1,10.5,9.9,10.2,12300,125000,5000,7300,1\n"   // 4
+    "SZ000002,5,5.1,5.2,4.9,5.05,100,505,40,60,1\n"               // 5
+    "SH600099,1,1,1,1,1,1,1,1,1,1\n"                              // 6 unknown stock
+    "SH110001,100,x,1,1,1,1,1,1,1,1\n"                            // 7 not a number
+    "SZ159901,1,2\n";                                             // 8 too few fields
+
+bool HasProblem(const std::string& fragment) {
+    const auto& problems = ny::InstallationProblems();
+    return std::any_of(problems.begin(), problems.end(),
+                       [&](const std::string& text) { return text.find(fragment) != std::string::npos; });
+}
+
+class InstallationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_dir.Write("data/stocks.csv", kStockList);
+        m_dir.Write("data/quotes.csv", kQuotes);
+        ASSERT_TRUE(ny::OpenInstallation(m_dir.Path()));
+    }
+    TempInstallation m_dir;
+};
+
+TEST_F(InstallationTest, ReadsTheStockListAndSkipsBadLines) {
+    ASSERT_EQ(g_MyStocksArray.size(), 5u);
+    const CStock* stock = g_MyGetStock(600001);
+    ASSERT_NE(stock, nullptr);
+    EXPECT_EQ(stock->m_cMarket, 0);
+    EXPECT_EQ(stock->m_strCode, "600001");
+    EXPECT_EQ(stock->m_strName, "\xB6\xAB\xD4\xC0");  // 东岳 in GBK
+    EXPECT_EQ(stock->m_strPyCode, "DY");
+    EXPECT_EQ(stock->m_dwKind, NY_KIND_SH_A);
+    EXPECT_FLOAT_EQ(stock->m_fCapital, 5000);
+    EXPECT_FLOAT_EQ(stock->GetFinanceValue(94), 5000);
+    EXPECT_FLOAT_EQ(stock->GetFinanceValue(1), 0);
+    EXPECT_FLOAT_EQ(stock->m_fTotalCapital, 8000);
+
+    const CStock* shenzhen = g_MyGetStock(1000002);
+    ASSERT_NE(shenzhen, nullptr);
+    EXPECT_EQ(shenzhen->m_cMarket, 1);
+    EXPECT_EQ(shenzhen->m_dwKind, NY_KIND_SZ_A);
+    EXPECT_FLOAT_EQ(shenzhen->m_fCapital, 1200.5f);
+
+    for (const char* fragment : {"line 8: bad code", "line 9: unknown kind", "line 10: expected 4 to 6 fields",
+                                 "line 11: stock SH600001 listed twice", "line 12: shares are not numbers"})
+        EXPECT_TRUE(HasProblem(fragment)) << fragment;
+    EXPECT_EQ(g_MyGetStock(600009), nullptr);
+    EXPECT_EQ(g_MyGetStock(600011), nullptr);
+    EXPECT_EQ(g_MyGetStock(123456), nullptr);
+}
+
+TEST_F(InstallationTest, KindsAnswerTheUnitRules) {
+    const CStock* index = g_MyGetStock(1);
+    const CStock* bond = g_MyGetStock(110001);
+    const CStock* hongKong = g_MyGetStock(2000005);
+    ASSERT_TRUE(index && bond && hongKong);
+    EXPECT_TRUE(index->IsIndex());
+    EXPECT_TRUE(index->IsHandUnit());
+    EXPECT_FALSE(index->IsZQ());
+    EXPECT_TRUE(bond->IsZQ());
+    EXPECT_FALSE(bond->IsHandUnit());
+    EXPECT_EQ(hongKong->m_cMarket, 2);
+    EXPECT_EQ(hongKong->m_dwKind, NY_KIND_HAND_UNIT);
+    EXPECT_TRUE(CStock::IsZQ(110001));
+    EXPECT_TRUE(CStock::IsHandUnit(2000005));
+    EXPECT_FALSE(CStock::IsHandUnit(600001));
+    EXPECT_FALSE(CStock::IsZQ(999999));  // unknown id
+    EXPECT_FALSE(CStock::IsHandUnit(999999));
+}
+
+TEST_F(InstallationTest, QuotesFillTheStocksAndSetTheTradeDate) {
+    EXPECT_EQ(g_MyCurTradeDate, 20210630);
+    const CStock* stock = g_MyGetStock(600001);
+    EXPECT_FLOAT_EQ(stock->GetValue(1), 10.1f);   // open
+    EXPECT_FLOAT_EQ(stock->GetValue(2), 10.2f);   // latest
+    EXPECT_FLOAT_EQ(stock->GetValue(3), 10.5f);   // high
+    EXPECT_FLOAT_EQ(stock->GetValue(4), 9.9f);    // low
+    EXPECT_FLOAT_EQ(stock->GetValue(5), 12300);   // volume
+    EXPECT_FLOAT_EQ(stock->GetValue(6), 125000);  // amount
+    EXPECT_FLOAT_EQ(stock->GetValue(0), 10);      // previous close
+    EXPECT_FLOAT_EQ(stock->m_fInnerVolume, 5000);
+    EXPECT_FLOAT_EQ(stock->m_fOuterVolume, 7300);
+    EXPECT_FLOAT_EQ(stock->GetValue(51), 5000);
+    EXPECT_FLOAT_EQ(stock->GetValue(66), 7300);
+    EXPECT_FLOAT_EQ(stock->GetValue(99), 0);  // no such field
+    EXPECT_FLOAT_EQ(g_MyGetStock(1000002)->GetValue(2), 5.05f);
+
+    EXPECT_TRUE(HasProblem("line 3: unknown column \"bogus\""));
+    EXPECT_TRUE(HasProblem("line 6: unknown stock \"SH600099\""));
+    EXPECT_TRUE(HasProblem("line 7: a value is not a number"));
+    EXPECT_TRUE(HasProblem("line 8: expected 11 fields"));
+    EXPECT_FLOAT_EQ(g_MyGetStock(110001)->GetValue(0), 0);  // the bad line left nothing behind
+}
+
+TEST_F(InstallationTest, SetValueWritesTheFieldThatGetValueReads) {
+    CStock* stock = g_MyGetStock(600001);
+    for (short code : {8, 13, 18, 23, 48, 60, 61, 62, 63, 64, 65, 67, 70, 71}) {
+        EXPECT_TRUE(stock->SetValue(code, code + 0.5f));
+        EXPECT_FLOAT_EQ(stock->GetValue(code), code + 0.5f);
+    }
+    EXPECT_FLOAT_EQ(stock->m_fBuyPrice[0], 8.5f);
+    EXPECT_FLOAT_EQ(stock->m_fBuyVolume[2], 13.5f);
+    EXPECT_FLOAT_EQ(stock->m_fSellPrice[0], 18.5f);
+    EXPECT_FLOAT_EQ(stock->m_fSellVolume[2], 23.5f);
+    EXPECT_FLOAT_EQ(stock->m_fTurnover, 71.5f);
+    EXPECT_FALSE(stock->SetValue(14, 1));
+    EXPECT_FALSE(stock->SetValue(-1, 1));
+}
+
+TEST_F(InstallationTest, StoredFilesLiveUnderTheMarketFolders) {
+    const CStock* stock = g_MyGetStock(1000002);
+    const std::string root = m_dir.Path() + "data/sz/";
+    EXPECT_EQ(stock->GetDayFilePath(), root + "day/000002.day");
+    EXPECT_EQ(stock->GetMin5FilePath(), root + "min5/000002.mn5");
+    EXPECT_EQ(stock->GetMinuteFilePath(), root + "min1/000002.mn1");
+    EXPECT_EQ(stock->GetExtDayFilePath(), root + "dayext/000002.ext");
+    EXPECT_EQ(stock->GetPowerFilePath(), root + "power/000002.pwr");
+    EXPECT_EQ(g_MyGetStock(600001)->GetDayFilePath(), m_dir.Path() + "data/sh/day/600001.day");
+    EXPECT_EQ(g_MyIndexSZ.GetDayFilePath(), root + "day/399001.day");
+}
+
+TEST_F(InstallationTest, BarFilesKeepWholeRecordsOnly) {
+    CHisDay first;
+    first.m_lTime = 20210629;
+    first.m_fClose = 10;
+    CHisDay second = first;
+    second.m_lTime = 20210630;
+    std::string bytes = ny::EncodeBars({first, second});
+    ASSERT_EQ(bytes.size(), 80u);
+    m_dir.Write("data/sh/day/600001.day", bytes + "12345");  // truncated third record
+    const std::vector<CHisDay> bars = ny::ReadBarFile(g_MyGetStock(600001)->GetDayFilePath());
+    ASSERT_EQ(bars.size(), 2u);
+    EXPECT_EQ(bars[1].m_lTime, 20210630);
+    EXPECT_TRUE(HasProblem("600001.day: length 85 is not a multiple of 40"));
+    EXPECT_TRUE(ny::ReadBarFile(g_MyGetStock(1000002)->GetDayFilePath()).empty());  // missing file
+}
+
+TEST_F(InstallationTest, IndexGivesTheBarOfADate) {
+    CHisDay monday, tuesday;
+    monday.m_lTime = 20210628;
+    monday.m_fClose = 3500;
+    monday.m_lAdvDec = 700 | (250 << 10);
+    tuesday.m_lTime = 20210629;
+    tuesday.m_fClose = 3510;
+    m_dir.Write("data/sh/day/000001.day", ny::EncodeBars({monday, tuesday}));
+    const CHisDay* day = g_MyIndexSH.GetDay(20210628);
+    ASSERT_NE(day, nullptr);
+    EXPECT_FLOAT_EQ(day->m_fClose, 3500);
+    EXPECT_EQ(day->m_lAdvDec % 1024, 700);
+    EXPECT_EQ(day->m_lAdvDec / 1024 % 1024, 250);
+    EXPECT_FLOAT_EQ(g_MyIndexSH.GetDay(20210629)->m_fClose, 3510);
+    EXPECT_EQ(g_MyIndexSH.GetDay(20210630), nullptr);
+    EXPECT_EQ(g_MyIndexSH.GetDay(20210627), nullptr);
+    EXPECT_EQ(g_MyIndexSZ.GetDay(20210628), nullptr);  // no file
+}
+
+TEST_F(InstallationTest, IndexIsReadOnceFromSeveralThreads) {
+    std::vector<CHisDay> bars(500);
+    for (int i = 0; i < 500; ++i) {
+        bars[i].m_lTime = 20000000 + i;
+        bars[i].m_fClose = static_cast<float>(i);
+    }
+    m_dir.Write("data/sz/day/399001.day", ny::EncodeBars(bars));
+    std::vector<std::thread> readers;
+    std::vector<float> sums(4, 0);
+    for (int t = 0; t < 4; ++t)
+        readers.emplace_back([t, &sums] {
+            for (int i = 0; i < 500; ++i) sums[t] += g_MyIndexSZ.GetDay(20000000 + i)->m_fClose;
+        });
+    for (std::thread& reader : readers) reader.join();
+    for (float sum : sums) EXPECT_FLOAT_EQ(sum, 499 * 500 / 2);
+}
+
+TEST(Installation, MissingStockListGivesAnEmptyMarket) {
+    TempInstallation dir;
+    CClockModule::SetClock(20210703, 100000);  // a Saturday
+    EXPECT_FALSE(ny::OpenInstallation(dir.Path()));
+    CClockModule::UseSystemClock();
+    EXPECT_TRUE(g_MyStocksArray.empty());
+    EXPECT_EQ(g_MyGetStock(600001), nullptr);
+    EXPECT_EQ(g_MyCurTradeDate, 20210702);  // no quotes: the last weekday by the clock
+    EXPECT_TRUE(HasProblem("stocks.csv: can't be read"));
+}
+
+TEST(Installation, ReopeningReplacesTheMarket) {
+    TempInstallation first, second;
+    first.Write("data/stocks.csv", "SH600001,A,A,A\nSH600002,B,B,A\n");
+    second.Write("data/stocks.csv", "SZ000001,C,C,A\n");
+    ASSERT_TRUE(ny::OpenInstallation(first.Path()));
+    EXPECT_EQ(g_MyStocksArray.size(), 2u);
+    EXPECT_NE(g_MyGetStock(600001), nullptr);  // remembered, and must be forgotten on reopening
+    ASSERT_TRUE(ny::OpenInstallation(second.Path().substr(0, second.Path().size() - 1)));  // no '/'
+    EXPECT_EQ(g_MyExePath, second.Path());
+    EXPECT_EQ(g_MyStocksArray.size(), 1u);
+    EXPECT_EQ(g_MyGetStock(600001), nullptr);
+    EXPECT_NE(g_MyGetStock(1000001), nullptr);
+}
+
+TEST(Installation, StocksAddedByHandAreFound) {
+    ny::CloseInstallation();
+    auto* stock = new CStock;
+    stock->m_lStockID = 1300001;
+    g_MyStocksArray.push_back(stock);
+    EXPECT_EQ(g_MyGetStock(1300001), stock);
+    ny::CloseInstallation();
+    EXPECT_EQ(g_MyGetStock(1300001), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,101 @@
+#include "host/power.h"
+
+#include <gtest/gtest.h>
+
+#include "host/installation.h"
+#include "host/stockdb.h"
+#include "tests/host/temp_installation.h"
+
+namespace {
+
+CPowerData Event(int date, float profit, float give, float pei = 0, float peiPrice = 0) {
+    CPowerData record;
+    record.m_lDate = date;
+    record.m_fProfit = profit;
+    record.m_fGive = give;
+    record.m_fPei = pei;
+    record.m_fPeiPrice = peiPrice;
+    return record;
+}
+
+TEST(PowerAdjust, DividendBonusAndRightsInThatOrder) {
+    EXPECT_FLOAT_EQ(Event(0, 2, 0).Adjust(10.0f), 9.8f);
+    EXPECT_FLOAT_EQ(Event(0, 0, 10).Adjust(10.0f), 5.0f);
+    EXPECT_FLOAT_EQ(Event(0, 2, 10).Adjust(10.2f), 5.0f);
+    // Three rights shares per ten at 8.00 (stored as 80): (8 x 0.3 + 10) / 1.3.
+    EXPECT_NEAR(Event(0, 0, 0, 3, 80).Adjust(10.0f), 12.4 / 1.3, 1e-5);
+    EXPECT_FLOAT_EQ(Event(0, 0, 0, 3, 0).Adjust(10.0f), 10.0f);  // rights without a price
+    EXPECT_FLOAT_EQ(Event(0, 0, 0).Adjust(7.77f), 7.77f);
+}
+
+TEST(PowerAdjust, ValueIsZeroWithinTheTolerance) {
+    EXPECT_TRUE(g_MyValueIsZero(0.00005f, 0.0001f));
+    EXPECT_TRUE(g_MyValueIsZero(-0.00005f, 0.0001f));
+    EXPECT_FALSE(g_MyValueIsZero(0.0002f, 0.0001f));
+    EXPECT_TRUE(g_MyValueIsZero(0.0f, 0.0f));
+}
+
+class PowerFiles : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_dir.Write("data/stocks.csv",
+                    "SH000001,Index,ZS,INDEX\nSH600001,Share,GP,A\nSZ000001,Other,QT,A\nSZ000002,Two,ET,A\n");
+        std::vector<CPowerData> shanghai = {Event(20190610, 1, 0), Event(20200612, 2, 5)};
+        shanghai[1].m_fCapital = 7500;
+        m_dir.Write("data/sh/power/600001.pwr", ny::EncodePower(shanghai));
+        m_dir.Write("data/sz/power/000001.pwr", ny::EncodePower({Event(20180101, 3, 0)}));
+        m_dir.Write("data/sz/power/000002.pwr", ny::EncodePower({Event(20180101, 4, 0)}) + "xyz");
+        ASSERT_TRUE(ny::OpenInstallation(m_dir.Path()));
+    }
+    TempInstallation m_dir;
+};
+
+TEST_F(PowerFiles, RecordsComeNewestFirstAndAreAppended) {
+    std::vector<CPowerData> records(1);  // something already there stays
+    EXPECT_EQ(g_MyLoadPowerById(records, 600001), 2);
+    ASSERT_EQ(records.size(), 3u);
+    EXPECT_EQ(records[1].m_lDate, 20200612);
+    EXPECT_FLOAT_EQ(records[1].m_fGive, 5);
+    EXPECT_FLOAT_EQ(records[1].m_fCapital, 7500);
+    EXPECT_EQ(records[2].m_lDate, 20190610);
+}
+
+TEST_F(PowerFiles, ShenzhenStocksAreReachedByCodeAndByFullId) {
+    std::vector<CPowerData> byCode, byId;
+    // Code 1 is the Shanghai index and the Shenzhen share 000001: the share has the records.
+    EXPECT_EQ(g_MyLoadPowerById(byCode, 1), 1);
+    ASSERT_EQ(byCode.size(), 1u);
+    EXPECT_FLOAT_EQ(byCode[0].m_fProfit, 3);
+    EXPECT_EQ(g_MyLoadPowerById(byId, 1000001), 1);
+    EXPECT_FLOAT_EQ(byId[0].m_fProfit, 3);
+}
+
+TEST_F(PowerFiles, UnknownStocksMissingAndTruncatedFiles) {
+    std::vector<CPowerData> records;
+    EXPECT_EQ(g_MyLoadPowerById(records, 777777), 0);
+    EXPECT_EQ(g_MyLoadPowerById(records, 1777777), 0);
+    EXPECT_TRUE(records.empty());
+    EXPECT_EQ(g_MyLoadPowerById(records, 1000002), 1);  // trailing 3 bytes dropped
+    EXPECT_FLOAT_EQ(records[0].m_fProfit, 4);
+    ASSERT_FALSE(ny::InstallationProblems().empty());
+    EXPECT_NE(ny::InstallationProblems().back().find("000002.pwr: length 43"), std::string::npos);
+}
+
+TEST(PowerRecord, FieldsLieInTheirStoredOrder) {
+    CPowerData record = Event(20200612, 2, 5, 3, 80);
+    record.m_lStockID = 600001;
+    record.m_fTotalCapital = 9000;
+    record.m_fCapital = 7500;
+    const std::string bytes = ny::EncodePower({record});
+    ASSERT_EQ(bytes.size(), 40u);
+    EXPECT_EQ(ny::LoadInt(bytes.data()), 600001);
+    EXPECT_EQ(ny::LoadInt(bytes.data() + 4), 20200612);
+    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 8), 5);    // bonus
+    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 12), 3);   // rights
+    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 16), 80);  // rights price
+    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 20), 2);   // dividend
+    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 24), 9000);
+    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 28), 7500);
+}
+
+}  // namespace
