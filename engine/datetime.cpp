@@ -4,12 +4,15 @@
 // A day-based bar (periods 1 to 5) is stamped YYYYMMDD, a minute bar YYMMDDHHMM counted from
 // 2000. The language's dates count from 1900 (1011208 is 2001-12-08), its times are HHMM.
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <unordered_map>
 
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
+#include "host/clock.h"
+#include "host/stockdb.h"
 #include "model/indicator.h"
 
 namespace {
@@ -47,6 +50,14 @@ int MinutesFromOpen(int hhmm) {
     if (minute <= kAfternoonOpen) return kMorningMinutes + 1;
     if (minute <= kAfternoonClose) return kMorningMinutes + 1 + minute - kAfternoonOpen;
     return kMorningMinutes + 1 + kAfternoonClose - kAfternoonOpen;
+}
+
+// FROMOPEN of a day-based bar: a session before the clock's date is over, one of the clock's
+// date (or later) has run up to the clock's time.
+int SessionMinutesOfDay(int date) {
+    const int fullSession = MinutesFromOpen(1500);
+    if (date < CClockModule::m_SystemDate) return fullSession;
+    return MinutesFromOpen(CClockModule::m_SystemTime / 100);
 }
 
 // The parts of one bar's stamp.
@@ -102,6 +113,9 @@ bool Convert(Conversion kind, int v, int* result) {
     return false;
 }
 
+// The index of the stock's market: Shenzhen for ids above 1000000, else Shanghai.
+CIndex& MarketIndex(int stockId) { return stockId > 1000000 ? g_MyIndexSZ : g_MyIndexSH; }
+
 }  // namespace
 
 char CIndicator::ReadDATETIME(char* word, float* out, short* from, short* to, char, char*) {
@@ -128,7 +142,7 @@ char CIndicator::ReadDATETIME(char* word, float* out, short* from, short* to, ch
                 value = DayOfWeek(s.year, s.month, s.day);
                 break;
             case DateWord::FromOpen:
-                value = MinutesFromOpen(s.hhmm);
+                value = minuteBars ? MinutesFromOpen(s.hhmm) : SessionMinutesOfDay(m_pHisDay[i].m_lTime);
                 break;
         }
         out[i] = static_cast<float>(value);
@@ -146,6 +160,7 @@ char CIndicator::ReadDATETODAY(char* word, float* out, short* from, short* to, c
     if ((rc = ReadValueArgument(argument.floats(), &argFrom, &argTo, &argSeries, 1, true)) != 0) return rc;
     // Only element 0 counts, also for a series: the result is a constant spread over the range.
     const int v = ny::TruncToInt(argument.floats()[0]);
+    if (kind == Conversion::Beta) return ReadBeta(v, out, from, to);
     int result = 0;
     if (!Convert(kind, v, &result)) {
         *from = *to;  // outside the domain: one valid bar, holding 0
@@ -153,5 +168,29 @@ char CIndicator::ReadDATETODAY(char* word, float* out, short* from, short* to, c
     }
     out[0] = static_cast<float>(result);
     ny::Spread(out, *from, *to, m_nBarCount);
+    return 0;
+}
+
+// BETA(N): the stock's close against its market index's close over N bars, the covariance over
+// the index's variance, 0 where that variance is exactly 0. A bar whose date the index lacks has
+// an index close of 0. N of 0 gives NaN; the range never widens.
+char CIndicator::ReadBeta(int n, float* out, short* from, short* to) {
+    ny::PooledBuffer stockBuffer(m_pool, m_nBarCount);
+    ny::PooledBuffer indexBuffer(m_pool, m_nBarCount);
+    float* stock = stockBuffer.floats();
+    float* index = indexBuffer.floats();
+    CIndex& marketIndex = MarketIndex(m_lStockID);
+    const ny::BarSpan all(*from, *to, m_nBarCount);
+    for (int i = all.first; i <= all.last; ++i) {
+        stock[i] = m_pHisDay[i].m_fClose;
+        if (const CHisDay* day = marketIndex.GetDay(m_pHisDay[i].m_lTime)) index[i] = day->m_fClose;
+    }
+    if (n > 0) *from = ny::ClampBar(*from + n - 1);
+    const ny::BarSpan span(*from, *to, m_nBarCount);
+    for (int i = std::max(span.first, n - 1); i <= span.last; ++i) {
+        const ny::WindowFigures f = ny::MeasureWindow(stock, index, i, n);
+        out[i] = f.varianceB == 0.0f ? 0.0f
+                                     : static_cast<float>(static_cast<double>(f.covariance) / f.varianceB);
+    }
     return 0;
 }

@@ -233,6 +233,7 @@ public:
     // Date and time: the words of the bar's time stamp, the conversions and BETA.
     char ReadDATETIME(char* word, float* out, short* from, short* to, char permission, char* isSeries);
     char ReadDATETODAY(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadBeta(int period, float* out, short* from, short* to);
 
     // Words of the market: prices and volumes, and the other market words.
     char ReadMarketWord(char* word, float* out, short* from, short* to, char permission,
