@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "engine/argument_scan.h"
 #include "model/indicator.h"
 
 namespace ny {
@@ -34,19 +35,6 @@ inline bool IsWholeNumber(float value) {
     return std::fabs(static_cast<double>(value) - RoundedPeriod(value)) <= 0.000001;
 }
 
-// From a cursor on an argument, the place behind the comma that ends it at its own parenthesis
-// level, or null if the statement's ";" (or the end of the text) comes first.
-inline char* BehindFirstArgument(char* p) {
-    int depth = 0;
-    for (;; ++p) {
-        const char c = *p;
-        if (c == ';' || c == '\0') return nullptr;
-        if (c == '(') ++depth;
-        else if (c == ')') --depth;
-        else if (c == ',' && depth == 0) return p + 1;
-    }
-}
-
 // For a call whose first argument is read last: Skip steps over it (code 10 if the statement
 // ends first), the caller reads the later arguments, ReturnToFirst goes back to it, and Finish
 // leaves the cursor behind the call's ")", the furthest place reached.
@@ -56,13 +44,13 @@ public:
 
     char Skip() {
         m_first = m_indicator.m_pCursor;
-        char* rest = BehindFirstArgument(m_first);
-        if (rest == nullptr) {
+        char* comma = FindTopLevelComma(m_first);
+        if (comma == nullptr) {
             while (*m_indicator.m_pCursor != ';' && *m_indicator.m_pCursor != '\0')
                 ++m_indicator.m_pCursor;
             return 10;
         }
-        m_indicator.m_pCursor = rest;
+        m_indicator.m_pCursor = comma + 1;
         return 0;
     }
     void ReturnToFirst() {

@@ -1,5 +1,7 @@
 #include "model/file_stream.h"
 
+#include "host/files.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -36,15 +38,6 @@ bool FileStream::Open(const CString& path, Mode mode) {
     return m_file != nullptr;
 }
 
-bool FileStream::Adopt(int descriptor) {
-    Close();
-    m_file = ::fdopen(descriptor, "wb");
-    m_writing = true;
-    m_writeFailed = false;
-    if (m_file == nullptr) ::close(descriptor);
-    return m_file != nullptr;
-}
-
 bool FileStream::Close() {
     if (m_file == nullptr) return !m_writeFailed;
     bool ok = true;
@@ -75,52 +68,11 @@ long long FileStream::Remaining() const {
     return position < 0 ? 0 : std::max(0LL, GetLength() - position);
 }
 
-bool MakeFolders(const CString& folder) {
-    if (folder.empty()) return true;
-    for (size_t slash = folder.find('/', 1); ; slash = folder.find('/', slash + 1)) {
-        const CString part = folder.substr(0, slash);
-        if (::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return false;
-        if (slash == CString::npos) break;
-    }
-    struct stat info;
-    return ::stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-namespace {
-CString FolderOf(const CString& path) {
-    const size_t slash = path.rfind('/');
-    return slash == CString::npos ? CString(".") : path.substr(0, slash == 0 ? 1 : slash);
-}
-
-// Makes the rename itself durable: the folder's entry is on disk after this.
-void SyncFolder(const CString& folder) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
-    if (descriptor < 0) return;
-    ::fsync(descriptor);
-    ::close(descriptor);
-}
-}  // namespace
-
 bool WriteFileAtomically(const CString& path, const std::function<void(CBinStream&)>& write) {
-    const CString folder = FolderOf(path);
-    if (!MakeFolders(folder)) return false;
-    CString temporary = path + ".XXXXXX";
-    const int descriptor = ::mkstemp(temporary.data());
-    if (descriptor < 0) return false;
-    ::fchmod(descriptor, 0644);
-    FileStream stream;
-    bool ok = stream.Adopt(descriptor);
-    if (ok) {
-        write(stream);
-        ok = stream.Close();
-    }
-    if (ok) ok = std::rename(temporary.c_str(), path.c_str()) == 0;
-    if (!ok) {
-        std::remove(temporary.c_str());
-        return false;
-    }
-    SyncFolder(folder);
-    return true;
+    MemoryStream contents;
+    write(contents);
+    const std::vector<unsigned char>& bytes = contents.Bytes();
+    return WriteFileAtomic(path, std::string(bytes.begin(), bytes.end()));
 }
 
 }  // namespace ny

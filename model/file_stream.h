@@ -42,8 +42,6 @@ public:
 
     // Opens a file for reading, or creates (truncates) it for writing. False if that fails.
     bool Open(const CString& path, Mode mode);
-    // Opens a descriptor that the caller created for writing; the stream takes it over.
-    bool Adopt(int descriptor);
     // Flushes the data to the disk and closes. False if any write, the flush or the close failed.
     bool Close();
     bool IsOpen() const { return m_file != nullptr; }
@@ -62,13 +60,9 @@ private:
     bool m_writeFailed = false;
 };
 
-// Writes a file so that a crash or a failed write never leaves it half written: the contents go
-// to a new temporary file beside the target, which replaces the target only after a complete
-// write. Creates the target's folder if it is missing. False, and the target as it was, if
-// anything fails.
+// Writes a file from a stream so that a crash or a failed write never leaves it half written:
+// the contents are gathered in memory and written through WriteFileAtomic (host/files.h).
+// False, and the target as it was, if anything fails.
 bool WriteFileAtomically(const CString& path, const std::function<void(CBinStream&)>& write);
-
-// Creates a folder and the folders above it. True if it exists afterwards.
-bool MakeFolders(const CString& folder);
 
 }  // namespace ny

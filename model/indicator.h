@@ -210,6 +210,11 @@ public:
                                bool last);
     static char MergeRange(short* from, short* to, short argumentFrom, short argumentTo);
 
+    // Averages, window statistics, references to other bars, and the conditional.
+    char ReadMA(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadSMA(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadIf(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
     // Math functions: element-wise, constants in and constants out.
     char ReadMathFunc1(char* word, float* out, short* from, short* to, char permission, char* isSeries);
     char ReadMathFunc2(char* word, float* out, short* from, short* to, char permission, char* isSeries);
