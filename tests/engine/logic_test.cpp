@@ -288,53 +288,45 @@ TEST_F(Logic, ArgumentListCutByTheStatementEnd) {
 
 // ---- Signals as users write them ----
 
-// Moving averages written out in the test, valid from bar n - 1 on.
-Values Averages(const Values& closes, int n) {
-    Values out(closes.size(), 0.0f);
-    for (size_t i = n - 1; i < closes.size(); ++i) {
-        float sum = 0;
-        for (size_t j = i + 1 - n; j <= i; ++j) sum += closes[j];
-        out[i] = sum / n;
+// Runs a formula over bars of the given closes; each statement is checked over its valid bars.
+class Signals : public ::testing::Test {
+protected:
+    void Expect(const nytest::Formula& f, const std::string& name, short first, const Values& values) {
+        const CExpression& e = f[name];
+        ASSERT_EQ(e.m_cComputed, 1) << name;
+        EXPECT_EQ(e.m_nFirst, first) << name;
+        EXPECT_EQ(e.m_nEnd, first + static_cast<short>(values.size())) << name;
+        EXPECT_EQ(Values(e.m_pData + first, e.m_pData + e.m_nEnd), values) << name;
     }
-    return out;
-}
+};
 
-// The close of the bar before, valid from bar 1 on.
-Values PreviousCloses(const Values& closes) {
-    Values out(closes.size(), 0.0f);
-    for (size_t i = 1; i < closes.size(); ++i) out[i] = closes[i - 1];
-    return out;
-}
-
-TEST_F(Logic, GoldenCrossOfTwoAverages) {
+TEST_F(Signals, GoldenAndDeathCrossOfTwoAverages) {
     Values closes(10, 10.0f);
     for (float c : {11.0f, 12.0f, 13.0f, 12.0f, 11.0f, 10.0f}) closes.push_back(c);
-    UseCloses(closes);
-    const short bars = static_cast<short>(closes.size());
-    AddSeries("MA3", Averages(closes, 3), 2, bars);
-    AddSeries("MA5", Averages(closes, 5), 4, bars);
-    // Flat averages meet at 10; the first rise lifts the short one above: a cross at bar 10 only.
-    Values expected(12, 0.0f);
-    expected[10 - 4] = 1;
-    EXPECT_EQ(Series("CROSS(MA3,MA5)", 4, 15), expected);
-    // The death cross on the way down: MA3 (11) falls below MA5 (11.6) at bar 15.
-    Values down(12, 0.0f);
-    down[15 - 4] = 1;
-    EXPECT_EQ(Series("CROSS(MA5,MA3)", 4, 15), down);
+    nytest::Formula f{{"FAST", "MA(CLOSE,3)"}, {"SLOW", "MA(CLOSE,5)"},
+                      {"GOLD", "CROSS(FAST,SLOW)"}, {"DEATH", "CROSS(SLOW,FAST)"}};
+    ASSERT_EQ(f.Run(nytest::MakeBars(closes)), 1);
+    // Flat averages meet at 10 until the first rise lifts the short one above (bar 10: 10.33
+    // against 10.2); on the way down it falls below at bar 15 (11 against 11.6).
+    Values gold(12, 0.0f), death(12, 0.0f);
+    gold[10 - 4] = 1;
+    death[15 - 4] = 1;
+    Expect(f, "GOLD", 4, gold);
+    Expect(f, "DEATH", 4, death);
 }
 
-TEST_F(Logic, ThreeRisingClosesInFiveBars) {
-    const Values closes = {10, 11, 10, 11, 12, 10, 10, 10, 11, 12, 13};
-    UseCloses(closes);
-    AddSeries("PREV", PreviousCloses(closes), 1, 11);
-    EXPECT_EQ(Series("COUNT(CLOSE>PREV,5)>=3", 5, 10), (Values{1, 0, 0, 0, 0, 1}));
+TEST_F(Signals, ThreeRisingClosesInFiveBars) {
+    nytest::Formula f{{"UP3", "COUNT(CLOSE>REF(CLOSE,1),5)>=3"}};
+    ASSERT_EQ(f.Run(nytest::MakeBars({10, 11, 10, 11, 12, 10, 10, 10, 11, 12, 13})), 1);
+    // Rises at bars 1, 3, 4, 8, 9, 10; windows of five from bar 5 on.
+    Expect(f, "UP3", 5, {1, 0, 0, 0, 0, 1});
 }
 
-TEST_F(Logic, BarsSinceTheLastLimitUp) {
-    const Values closes = {10, 11, 11.5f, 12.65f, 12, 12.5f, 13.75f, 13};
-    UseCloses(closes);
-    AddSeries("PREV", PreviousCloses(closes), 1, 8);
-    EXPECT_EQ(Series("BARSLAST(CLOSE>=PREV*1.095)", 1, 7), (Values{0, 1, 0, 1, 2, 0, 1}));
+TEST_F(Signals, BarsSinceTheLastLimitUp) {
+    nytest::Formula f{{"SINCE", "BARSLAST(CLOSE>=REF(CLOSE,1)*1.095)"}};
+    ASSERT_EQ(f.Run(nytest::MakeBars({10, 11, 11.5f, 12.65f, 12, 12.5f, 13.75f, 13})), 1);
+    // Limit-ups at bars 1, 3 and 6.
+    Expect(f, "SINCE", 1, {0, 1, 0, 1, 2, 0, 1});
 }
 
 // ---- FORCAL ----
