@@ -232,8 +232,8 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
     }
     for (float v : offsets)
         if (!ny::IsWholeNumber(v) || ny::RoundedPeriod(v) < 0) return 15;
-    const int a = std::min(ny::RoundedPeriod(offsets[0]), 32767);
-    const int b = std::min(ny::RoundedPeriod(offsets[1]), 32767);
+    const int a = std::min(ny::RoundedPeriod(offsets[0]), ny::kLongestPeriod);
+    const int b = std::min(ny::RoundedPeriod(offsets[1]), ny::kLongestPeriod);
 
     order.ReturnToFirst();
     ny::PooledBuffer condition(m_pool, m_nBarCount);

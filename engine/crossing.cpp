@@ -21,19 +21,10 @@ PairFunc FindPairFunc(const char* word) {
     return PairFunc::BetaEx;
 }
 
-// Longest period worth holding: beyond it no window fits into 16-bit bar numbers anyway.
-constexpr int kLongestPeriod = 32767;
-
-// Whether a stays at or below b (NotAboveOnAll), or at or above it (NotBelowOnAll), on every
-// bar of first..last.
-bool NotAboveOnAll(const float* a, const float* b, int first, int last) {
+// Whether a stays at or below b (or, with notBelow, at or above it) on every bar of first..last.
+bool HoldsOnAll(const float* a, const float* b, int first, int last, bool notBelow) {
     for (int j = std::max(first, 0); j <= last; ++j)
-        if (a[j] > b[j]) return false;
-    return true;
-}
-bool NotBelowOnAll(const float* a, const float* b, int first, int last) {
-    for (int j = std::max(first, 0); j <= last; ++j)
-        if (!(a[j] >= b[j])) return false;
+        if (notBelow ? !(a[j] >= b[j]) : a[j] > b[j]) return false;
     return true;
 }
 
@@ -103,7 +94,7 @@ char CIndicator::ReadLONGCROSS(char* word, float* out, short* from, short* to, c
 
     const float period = bufferN.floats()[0];
     if (!ny::IsWholeNumber(period) || ny::RoundedPeriod(period) < 1) return 15;
-    const int n = std::min(ny::RoundedPeriod(period), kLongestPeriod);
+    const int n = std::min(ny::RoundedPeriod(period), ny::kLongestPeriod);
     if (!aSeries) return 16;
     // A constant second argument is compared on every bar, as CROSS does.
     if (!bSeries) ny::Spread(b, bFrom, bTo, m_nBarCount);
@@ -115,13 +106,13 @@ char CIndicator::ReadLONGCROSS(char* word, float* out, short* from, short* to, c
             // Above now, and not above on any of the n bars before.
             const ny::BarSpan span(ny::ClampBar(*from + n), *to, m_nBarCount);
             for (int i = span.first; i <= span.last; ++i)
-                out[i] = (a[i] > b[i] && NotAboveOnAll(a, b, i - n, i - 1)) ? 1.0f : 0.0f;
+                out[i] = (a[i] > b[i] && HoldsOnAll(a, b, i - n, i - 1, false)) ? 1.0f : 0.0f;
             return 0;
         }
         case PairFunc::NDay: {
             const ny::BarSpan span(ny::ClampBar(*from + n - 1), *to, m_nBarCount);
             for (int i = span.first; i <= span.last; ++i)
-                out[i] = NotBelowOnAll(a, b, i - n + 1, i) ? 1.0f : 0.0f;
+                out[i] = HoldsOnAll(a, b, i - n + 1, i, true) ? 1.0f : 0.0f;
             return 0;
         }
         default: {

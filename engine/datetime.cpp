@@ -174,7 +174,9 @@ char CIndicator::ReadDATETODAY(char* word, float* out, short* from, short* to, c
 // BETA(N): the stock's close against its market index's close over N bars, the covariance over
 // the index's variance, 0 where that variance is exactly 0. A bar whose date the index lacks has
 // an index close of 0. N of 0 gives NaN; the range never widens.
-char CIndicator::ReadBeta(int n, float* out, short* from, short* to) {
+char CIndicator::ReadBeta(int period, float* out, short* from, short* to) {
+    // Beyond 16-bit bar numbers no window differs; the limit keeps the bar arithmetic in range.
+    const int n = std::clamp(period, -ny::kLongestPeriod, ny::kLongestPeriod);
     ny::PooledBuffer stockBuffer(m_pool, m_nBarCount);
     ny::PooledBuffer indexBuffer(m_pool, m_nBarCount);
     float* stock = stockBuffer.floats();

@@ -21,13 +21,19 @@ inline int TruncToInt(double value) {
     return static_cast<int>(value);
 }
 
-// The same, saturating at the limits of a 16-bit bar number or period.
-inline short TruncToShort(double value) {
-    const int v = TruncToInt(value);
-    if (v > std::numeric_limits<short>::max()) return std::numeric_limits<short>::max();
-    if (v < std::numeric_limits<short>::min()) return std::numeric_limits<short>::min();
-    return static_cast<short>(v);
+// Bar index clamped to a bar range limit, computed in int so that a long period cannot wrap a
+// 16-bit bar number.
+inline short ClampBar(int bar) {
+    if (bar > std::numeric_limits<short>::max()) return std::numeric_limits<short>::max();
+    if (bar < std::numeric_limits<short>::min()) return std::numeric_limits<short>::min();
+    return static_cast<short>(bar);
 }
+
+// Truncation saturating at the limits of a 16-bit bar number or period.
+inline short TruncToShort(double value) { return ClampBar(TruncToInt(value)); }
+
+// Longest period worth holding: beyond it no window fits into 16-bit bar numbers anyway.
+constexpr int kLongestPeriod = 32767;
 
 // A period is read as trunc(v + 0.5); it is whole when v lies within 1e-6 of that.
 inline int RoundedPeriod(float value) { return TruncToInt(static_cast<double>(value) + 0.5); }
@@ -64,14 +70,6 @@ private:
     char* m_first = nullptr;
     char* m_end = nullptr;
 };
-
-// Bar index clamped to a bar range limit, computed in int so that a long period cannot wrap a
-// 16-bit bar number.
-inline short ClampBar(int bar) {
-    if (bar > std::numeric_limits<short>::max()) return std::numeric_limits<short>::max();
-    if (bar < std::numeric_limits<short>::min()) return std::numeric_limits<short>::min();
-    return static_cast<short>(bar);
-}
 
 // Population figures of two series over the window of `n` bars ending at bar `last`, each a
 // 32-bit float between steps: the means, the deviations of each series and the covariance.

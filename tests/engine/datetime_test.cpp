@@ -216,6 +216,8 @@ TEST_F(Beta, DegeneratePeriods) {
     ResetIndexes();
     EXPECT_EQ(Series("BETA(1)", 0, 3), (Values{0, 0, 0, 0}));
     for (float v : Series("BETA(0)", 0, 3)) EXPECT_TRUE(std::isnan(v));
+    EXPECT_EQ(Series("BETA(-3)", 0, 3), (Values{0, 0, 0, 0}));
+    EXPECT_EQ(Read("BETA(3000000000)").code, 0);
     EXPECT_EQ(Code("BETA(2,3)"), 11);
 }
 
