@@ -2,14 +2,13 @@
 // conversions between dates, day numbers, times and seconds with their domains.
 
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
 
 #include "host/clock.h"
 #include "host/files.h"
 #include "host/global.h"
 #include "host/stockdb.h"
 #include "tests/engine/function_fixture.h"
+#include "tests/host/temp_installation.h"
 
 namespace {
 
@@ -122,13 +121,7 @@ TEST_F(DateTime, ConversionCallCodes) {
     EXPECT_EQ(Code("DATETODAY"), 7);
     EXPECT_EQ(Code("DATETODAY(1,2)"), 11);
     EXPECT_EQ(Code("TIMETOSEC(NOWORD)"), 7);
-    char text[] = "(1;";
-    char word[] = "DATETODAY";
-    float out[1] = {};
-    short from = 0, to = 0;
-    char isSeries = 1;
-    ind.m_pCursor = text;
-    EXPECT_EQ(ind.ReadDATETODAY(word, out, &from, &to, 1, &isSeries), 10);
+    EXPECT_EQ(CallReader(&CIndicator::ReadDATETODAY, "DATETODAY", "(1;"), 10);
 }
 
 TEST_F(DateTime, TFiltIsAnOrdinaryName) {
@@ -143,34 +136,27 @@ TEST_F(DateTime, TFiltIsAnOrdinaryName) {
 class Beta : public DateTime {
 protected:
     void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "nybeta-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        m_dir = pattern + "/";
         m_savedPath = g_MyExePath;
-        g_MyExePath = m_dir;
-        ResetIndexes();
+        g_MyExePath = m_dir.Path();
+        DropIndexBars();
     }
-    void TearDown() override {
-        ResetIndexes();
-        g_MyExePath = m_savedPath;
-        std::error_code ignored;
-        std::filesystem::remove_all(m_dir, ignored);
-    }
-    static void ResetIndexes() {
-        g_MyIndexSH.Reset();
-        g_MyIndexSZ.Reset();
-    }
+    void TearDown() override { g_MyExePath = m_savedPath; }
+
     // An index whose closes are those given, on the dates of MakeBars; a close of 0 leaves the
     // date out of the file.
     void WriteIndex(const char* file, const Values& closes) {
         std::vector<CHisDay> days;
-        const std::vector<CHisDay> dated = nytest::MakeBars(closes);
-        for (const CHisDay& day : dated)
+        for (const CHisDay& day : nytest::MakeBars(closes))
             if (day.m_fClose != 0) days.push_back(day);
-        ASSERT_TRUE(ny::WriteFileAtomic(m_dir + file, ny::EncodeBars(days)));
+        m_dir.Write(file, ny::EncodeBars(days));
+        DropIndexBars();
+    }
+    static void DropIndexBars() {
+        g_MyIndexSH.Reset();
+        g_MyIndexSZ.Reset();
     }
 
-    std::string m_dir;
+    TempInstallation m_dir;  // drops the indexes' bars when it goes
     CString m_savedPath;
 };
 
@@ -213,7 +199,6 @@ TEST_F(Beta, DegeneratePeriods) {
     // No index file: a flat index of zeros has no variance.
     EXPECT_EQ(Series("BETA(2)", 1, 3), (Values{0, 0, 0}));
     WriteIndex("data/sh/day/000001.day", {3000, 3010, 3020, 3030});
-    ResetIndexes();
     EXPECT_EQ(Series("BETA(1)", 0, 3), (Values{0, 0, 0, 0}));
     for (float v : Series("BETA(0)", 0, 3)) EXPECT_TRUE(std::isnan(v));
     EXPECT_EQ(Series("BETA(-3)", 0, 3), (Values{0, 0, 0, 0}));

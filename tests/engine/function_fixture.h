@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,20 @@ protected:
         expr->m_cIsSeries = 1;
         expr->m_cComputed = 1;
         ind.m_arExpressions.push_back(expr);
+    }
+
+    // Calls a reader directly with the cursor on `text` (behind the function's name), for the
+    // cases that the statement path can't reach, such as a ";" inside the argument list.
+    using Reader = char (CIndicator::*)(char*, float*, short*, short*, char, char*);
+    char CallReader(Reader reader, const std::string& word, std::string text, char permission = 1) {
+        std::string name = word;
+        std::vector<float> out(std::max<size_t>(bars.size(), 1), 0.0f);
+        short from = 0, to = static_cast<short>(bars.size() - 1);
+        char isSeries = 1;
+        ind.m_nCurFrom = 0;
+        ind.m_nCurTo = static_cast<short>(bars.size());
+        ind.m_pCursor = text.data();
+        return (ind.*reader)(name.data(), out.data(), &from, &to, permission, &isSeries);
     }
 
     CIndicator ind;

@@ -270,20 +270,10 @@ TEST_F(Logic, FindHighFailures) {
 
 TEST_F(Logic, ArgumentListCutByTheStatementEnd) {
     UseCloses({1, 2, 3});
-    using Reader = char (CIndicator::*)(char*, float*, short*, short*, char, char*);
-    const Reader readers[] = {&CIndicator::ReadCROSS,   &CIndicator::ReadLONGCROSS,
-                              &CIndicator::ReadCOUNT,   &CIndicator::ReadLAST,
-                              &CIndicator::ReadLogicalFun, &CIndicator::ReadBARSCOUNT,
-                              &CIndicator::ReadFINDHIGH, &CIndicator::ReadForCla};
-    for (Reader reader : readers) {
-        char text[] = "(C,1;";
-        char word[] = "X";
-        float out[3] = {};
-        short from = 0, to = 2;
-        char isSeries = 1;
-        ind.m_pCursor = text;
-        EXPECT_EQ((ind.*reader)(word, out, &from, &to, 1, &isSeries), 10);
-    }
+    for (Reader reader : {&CIndicator::ReadCROSS, &CIndicator::ReadLONGCROSS, &CIndicator::ReadCOUNT,
+                          &CIndicator::ReadLAST, &CIndicator::ReadLogicalFun, &CIndicator::ReadBARSCOUNT,
+                          &CIndicator::ReadFINDHIGH, &CIndicator::ReadForCla})
+        EXPECT_EQ(CallReader(reader, "X", "(C,1;"), 10);
 }
 
 // ---- Signals as users write them ----

@@ -168,32 +168,14 @@ TEST_F(MathFunctions, MalformedCalls) {
     EXPECT_EQ(Code("MAX(1,5/0)"), 17);
 }
 
-TEST_F(MathFunctions, ArgumentListWithoutClosingParenthesis) {
-    // The statement's ";" comes before the call's ")": the readers see it through the comma count.
-    char text[] = "(1;";
-    float out[6] = {};
-    short from = 0, to = 5;
-    char isSeries = 0;
-    char word1[] = "ABS", word2[] = "MOD", word3[] = "RGB";
-    ind.m_pCursor = text;
-    EXPECT_EQ(ind.ReadMathFunc1(word1, out, &from, &to, 1, &isSeries), 10);
-    ind.m_pCursor = text;
-    EXPECT_EQ(ind.ReadMathFunc2(word2, out, &from, &to, 1, &isSeries), 10);
-    ind.m_pCursor = text;
-    EXPECT_EQ(ind.ReadMathFunc3(word3, out, &from, &to, 1, &isSeries), 10);
-}
-
-TEST_F(MathFunctions, SeriesArgumentWhereOnlyAConstantMay) {
-    // The permission passes through to the argument.
-    char text[] = "(CLOSE);";
-    float out[6] = {};
-    short from = 0, to = 5;
-    char isSeries = 0;
-    char word[] = "ABS";
-    ind.m_pCursor = text;
-    ind.m_nCurFrom = 0;
-    ind.m_nCurTo = 6;
-    EXPECT_EQ(ind.ReadMathFunc1(word, out, &from, &to, 0, &isSeries), 12);
+TEST_F(MathFunctions, ReadersCalledDirectly) {
+    // The statement's ";" comes before the call's ")": the comma count sees it.
+    EXPECT_EQ(CallReader(&CIndicator::ReadMathFunc1, "ABS", "(1;"), 10);
+    EXPECT_EQ(CallReader(&CIndicator::ReadMathFunc2, "MOD", "(1;"), 10);
+    EXPECT_EQ(CallReader(&CIndicator::ReadMathFunc3, "RGB", "(1;"), 10);
+    // The caller's permission passes to the argument.
+    EXPECT_EQ(CallReader(&CIndicator::ReadMathFunc1, "ABS", "(CLOSE);", 0), 12);
+    EXPECT_EQ(CallReader(&CIndicator::ReadMathFunc2, "MAX", "(1,CLOSE);", 0), 12);
 }
 
 }  // namespace
