@@ -97,6 +97,8 @@ TEST_F(MathFunctions, ConstantsStayConstants) {
     EXPECT_EQ(r.values[0], 2.0f);
     EXPECT_EQ(Constant("MIN(1,2)"), 1.0f);
     EXPECT_EQ(Constant("ABS(MIN(-4,2))+1"), 5.0f);
+    // A constant result serves as a period: a two-bar average.
+    EXPECT_EQ(Series("MA(CLOSE,MAX(1,2))", 1, 5), (Values{6.5f, 12.5f, 20.5f, 30.5f, 42.5f}));
 }
 
 TEST_F(MathFunctions, TwoArgumentRangesIntersect) {
