@@ -1,0 +1,120 @@
+// The system formula set as built into the embedded installation: every source file is in the
+// set, and every formula evaluates over every sample stock.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+
+#include "host/files.h"
+#include "host/global.h"
+#include "host/installation.h"
+#include "host/stockdb.h"
+#include "model/formula_source.h"
+#include "model/library.h"
+#include "nyind_runner.h"
+
+namespace nyind_test {
+namespace {
+
+struct SourceFormula {
+    std::string path;
+    CIndicator definition;
+};
+
+class FormulaSetTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        ASSERT_TRUE(ny::OpenInstallation(kInstall));
+        g_MyInitIndicator();
+    }
+    static void TearDownTestSuite() {
+        g_MyRemoveIndicators();
+        ny::CloseInstallation();
+    }
+
+    static std::vector<std::unique_ptr<SourceFormula>> Sources() {
+        std::vector<std::unique_ptr<SourceFormula>> sources;
+        for (const auto& entry : fs::recursive_directory_iterator(kFormulaSources)) {
+            if (entry.path().extension() != ".fml") continue;
+            auto source = std::make_unique<SourceFormula>();
+            source->path = entry.path().string();
+            ny::FormulaSourceError error;
+            EXPECT_TRUE(ny::ParseFormulaSource(ReadText(entry.path()), &source->definition, &error))
+                << source->path << ":" << error.line << ": " << error.message;
+            sources.push_back(std::move(source));
+        }
+        return sources;
+    }
+};
+
+TEST_F(FormulaSetTest, EverySourceIsInTheSetWithItsStatements) {
+    int indicators = 0, conditions = 0, trade = 0, candles = 0;
+    std::set<short> indicatorGroups, conditionGroups;
+    for (const auto& source : Sources()) {
+        const CIndicator& d = source->definition;
+        const CIndicator* built = g_MyGetIndicator(d.m_strName, d.m_MainType);
+        ASSERT_NE(built, nullptr) << source->path;
+        EXPECT_EQ(built->m_nBaseSet, 1);
+        EXPECT_EQ(built->m_SysIndex, 1);
+        EXPECT_FALSE(built->m_arExpressions.empty()) << source->path;
+        EXPECT_EQ(built->m_strSource, d.m_strSource);
+        EXPECT_FALSE(d.m_strTitle.empty()) << source->path;
+        EXPECT_FALSE(d.m_strUsage.empty()) << source->path;
+        switch (d.m_MainType) {
+            case NY_KIND_INDICATOR: ++indicators; indicatorGroups.insert(d.m_SubType); break;
+            case NY_KIND_CONDITION:
+                ++conditions;
+                conditionGroups.insert(d.m_SubType);
+                // A condition with parameters says in its template where each one goes.
+                EXPECT_EQ(ny::CountParamMarks(built->m_strExtra), static_cast<int>(d.m_arParams.size())) << source->path;
+                break;
+            case NY_KIND_TRADE: ++trade; break;
+            default: ++candles; break;
+        }
+    }
+    EXPECT_GE(indicators, 30);
+    EXPECT_GE(conditions, 15);
+    EXPECT_GE(trade, 2);
+    EXPECT_GE(candles, 2);
+    EXPECT_EQ(indicatorGroups, (std::set<short>{0, 1, 2, 3, 4, 5, 6}));
+    EXPECT_GE(conditionGroups.size(), 5u);
+}
+
+// Market-breadth indicators read the advance and decline counts, which only indexes have.
+TEST_F(FormulaSetTest, EveryFormulaEvaluatesOverEverySampleStock) {
+    const auto sources = Sources();
+    int evaluations = 0;
+    for (const CStock* stock : g_MyStocksArray) {
+        std::vector<CHisDay> bars = ny::ReadBarFile(stock->GetDayFilePath());
+        ASSERT_FALSE(bars.empty()) << ny::FormatStockCode(stock->GetID());
+        const auto count = static_cast<short>(bars.size());
+        for (const auto& source : sources) {
+            const CIndicator& d = source->definition;
+            const bool breadth = d.m_MainType == NY_KIND_INDICATOR && d.m_SubType == 0;
+            CIndicator f;
+            f = *g_MyGetIndicator(d.m_strName, d.m_MainType);
+            f.m_lStockID = stock->GetID();
+            f.Change();
+            f.m_pHisDay = bars.data();
+            f.m_nBarCount = count;
+            f.m_nDrawStart = 0;
+            f.m_nDrawEnd = count;
+            f.AllocMem(count);
+            f.Calc(0, count);
+            ++evaluations;
+            for (const CExpression* s : f.m_arExpressions) {
+                const bool expected = !breadth || stock->IsIndex();
+                EXPECT_EQ(s->m_cComputed == 1, expected)
+                    << source->path << " " << s->m_strName << " on " << ny::FormatStockCode(stock->GetID());
+                if (s->m_cComputed == 1) {
+                    EXPECT_EQ(s->m_nEnd, count) << source->path << " " << s->m_strName;
+                }
+            }
+        }
+    }
+    EXPECT_GT(evaluations, 300 * 60);
+}
+
+}  // namespace
+}  // namespace nyind_test

@@ -1,0 +1,81 @@
+#pragma once
+// Runs the built nyind as a user would, and gives temporary installations to the tests that
+// write.
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace nyind_test {
+
+namespace fs = std::filesystem;
+
+inline const std::string kNyind = NY_BINARY_DIR "/cli/nyind";
+inline const std::string kInstall = NY_BINARY_DIR "/install";
+inline const std::string kFormulaSources = NY_SOURCE_DIR "/data/formulas";
+
+struct RunResult {
+    int status = -1;
+    std::string out, err;
+};
+
+inline std::string ReadText(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+inline void WriteText(const fs::path& path, const std::string& text) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// A directory of its own for one test, removed afterwards.
+class TempDir {
+public:
+    TempDir() {
+        std::string pattern = (fs::temp_directory_path() / "nyind_test_XXXXXX").string();
+        m_path = mkdtemp(pattern.data());
+    }
+    ~TempDir() {
+        std::error_code ec;
+        fs::remove_all(m_path, ec);
+    }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const fs::path& path() const { return m_path; }
+
+private:
+    fs::path m_path;
+};
+
+// A copy of the embedded installation's stock list, quotes and formula sets: enough for every
+// command that does not read the bars of other stocks.
+inline void CopyInstallationBasics(const fs::path& home) {
+    fs::create_directories(home / "data");
+    fs::copy(kInstall + "/data/stocks.csv", home / "data/stocks.csv");
+    fs::copy(kInstall + "/data/quotes.csv", home / "data/quotes.csv");
+    fs::create_directories(home / "defineuser/indi");
+    fs::copy(kInstall + "/defineuser/indi", home / "defineuser/indi", fs::copy_options::recursive);
+}
+
+// Runs nyind with the arguments (a shell fragment) and the given standard input.
+inline RunResult Nyind(const std::string& args, const std::string& input = std::string()) {
+    TempDir io;
+    WriteText(io.path() / "in", input);
+    const std::string command = kNyind + " " + args + " <" + (io.path() / "in").string() + " >" +
+                                (io.path() / "out").string() + " 2>" + (io.path() / "err").string();
+    const int raw = std::system(command.c_str());
+    RunResult result;
+    result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    result.out = ReadText(io.path() / "out");
+    result.err = ReadText(io.path() / "err");
+    return result;
+}
+
+}  // namespace nyind_test
