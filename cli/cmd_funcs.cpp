@@ -61,8 +61,9 @@ int RunFuncs(const FuncsOptions& options, const GlobalOptions& global) {
             std::cout << (i > 0 ? "\n" : "") << ToTerminal(ny::FunctionClassCaption(category)) << "\n";
         }
         const std::string name = ToTerminal(row.m_strName);
+        const std::string desc = ToTerminal(row.m_strDesc);
         std::cout << "  " << name << std::string(name.size() < 16 ? 16 - name.size() : 1, ' ')
-                  << ToTerminal(row.m_strShort) << "  " << ToTerminal(row.m_strDesc) << "\n";
+                  << ToTerminal(row.m_strShort) << "  " << desc.substr(0, desc.find('\n')) << "\n";
     }
     return kExitOk;
 }

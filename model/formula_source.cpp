@@ -25,9 +25,16 @@ constexpr GroupName kGroups[] = {
 constexpr const char* kKinds[] = {"技术指标", "条件选股", "交易系统", "五彩K线"};
 constexpr const char* kDrawPositions[] = {"副图", "主图叠加"};
 
+constexpr short kOwnIndicatorGroup = 7;   // 自定指标
+constexpr short kOwnConditionGroup = 25;  // 自定选股
 constexpr int kMaxParams = 8;
 constexpr int kMaxParamMarks = 10;
 constexpr size_t kTitleBytes = 127, kUsageBytes = 1023, kExtraBytes = 511, kAxesBytes = 127;
+
+bool IsGroupOf(short kind, short group) {
+    if (kind == NY_KIND_INDICATOR) return group >= 0 && group <= 7;
+    return kind == NY_KIND_CONDITION && group >= 20 && group <= 25;
+}
 
 std::string Trim(const std::string& text) {
     const size_t begin = text.find_first_not_of(" \t\r");
@@ -245,10 +252,13 @@ private:
             m_f.m_SubType = 0;
             return true;
         }
-        if (m_groupLine == 0) return Fail(0, "no group");
+        if (m_groupLine == 0) {
+            // Without a group a formula goes to the user's own group of its kind.
+            m_f.m_SubType = kind == NY_KIND_INDICATOR ? kOwnIndicatorGroup : kOwnConditionGroup;
+            return true;
+        }
         const short group = g_MyGetIndicatorType(m_group);
-        const bool fits = kind == NY_KIND_INDICATOR ? (group >= 0 && group <= 7) : (group >= 20 && group <= 25);
-        if (!fits) return Fail(m_groupLine, "not a group of this kind");
+        if (!IsGroupOf(kind, group) || GroupLabel(group) != m_group) return Fail(m_groupLine, "not a group of this kind");
         m_f.m_SubType = group;
         return true;
     }
@@ -298,8 +308,7 @@ std::string FormatFormulaSource(const CIndicator& f) {
     std::string out;
     out += "name:  " + GbkToUtf8(f.m_strName) + "\n";
     out += "kind:  " + GbkToUtf8(KindLabel(f.m_MainType)) + "\n";
-    if (f.m_MainType == NY_KIND_INDICATOR || f.m_MainType == NY_KIND_CONDITION)
-        out += "group: " + GbkToUtf8(GroupLabel(f.m_SubType)) + "\n";
+    if (IsGroupOf(f.m_MainType, f.m_SubType)) out += "group: " + GbkToUtf8(GroupLabel(f.m_SubType)) + "\n";
     if (!f.m_strTitle.empty()) out += "title: " + GbkToUtf8(f.m_strTitle) + "\n";
     if (f.m_MainType == NY_KIND_INDICATOR && (f.m_cDrawPos == 0 || f.m_cDrawPos == 1))
         out += "draw:  " + GbkToUtf8(kDrawPositions[static_cast<int>(f.m_cDrawPos)]) + "\n";

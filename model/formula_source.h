@@ -6,7 +6,8 @@
 //   # a comment line
 //   name:     MACD
 //   kind:     技术指标                  (技术指标, 条件选股, 交易系统, 五彩K线)
-//   group:    趋向指标                  (a group of the kind; kinds 2 and 3 have none)
+//   group:    趋向指标                  (a group of the kind; kinds 2 and 3 have none; without
+//                                        it: 自定指标 or 自定选股, the user's own group)
 //   title:    平滑异同移动平均线
 //   draw:     副图                      (副图 or 主图叠加; technical indicators only)
 //   param:    SHORT 2 200 12            (name, smallest, largest, default; at most 8)

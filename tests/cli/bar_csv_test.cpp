@@ -1,0 +1,76 @@
+// Bars in CSV text: the accepted forms, and each refused row with its line.
+
+#include <gtest/gtest.h>
+
+#include "host/bar_csv.h"
+
+namespace {
+
+TEST(BarCsv, ColumnsInAnyOrderBothDateFormsAndAnOptionalAmount) {
+    const ny::BarCsv csv = ny::ParseBarCsv(
+        "\xEF\xBB\xBF# my bars\r\nClose,DATE,open,high,low,volume\r\n10.5,2021-06-01,10,11,9.5,1200\r\n\r\n"
+        "11,20210602,10.5,11.2,10.4,900\r\n");
+    EXPECT_TRUE(csv.problems.empty());
+    EXPECT_FALSE(csv.minute);
+    ASSERT_EQ(csv.bars.size(), 2u);
+    EXPECT_EQ(csv.bars[0].m_lTime, 20210601);
+    EXPECT_EQ(csv.bars[0].m_fClose, 10.5f);
+    EXPECT_EQ(csv.bars[0].m_fLow, 9.5f);
+    EXPECT_EQ(csv.bars[1].m_lTime, 20210602);
+    EXPECT_EQ(csv.bars[1].m_fVolume, 900.0f);
+    EXPECT_EQ(csv.bars[1].m_fAmount, 0.0f);
+}
+
+TEST(BarCsv, MinuteRowsAreStampedLikeTheMinuteFiles) {
+    const ny::BarCsv csv = ny::ParseBarCsv(
+        "date,open,high,low,close,volume,amount\n2021-06-30 09:35,10,10,10,10,5,50\n20210630 15:00,10,10,10,10,5,50\n");
+    EXPECT_TRUE(csv.problems.empty());
+    EXPECT_TRUE(csv.minute);
+    ASSERT_EQ(csv.bars.size(), 2u);
+    EXPECT_EQ(csv.bars[0].m_lTime, 2106300935);
+    EXPECT_EQ(csv.bars[1].m_lTime, 2106301500);
+    EXPECT_EQ(csv.bars[1].m_fAmount, 50.0f);
+}
+
+TEST(BarCsv, EveryRefusedRowIsNamedAndLeftOut) {
+    const ny::BarCsv csv = ny::ParseBarCsv(
+        "date,open,high,low,close,volume\n"
+        "2021-02-26,10,10,10,10,1\n"   // 2 good
+        "2021-02-30,10,10,10,10,1\n"   // 3 no such day
+        "2021-03-01,10,10,10,10\n"     // 4 a field short
+        "2021-03-01,10,9,10,10,1\n"    // 5 high below low
+        "2021-03-01,10,10,10,10,-1\n"  // 6 negative volume
+        "2021-02-25,10,10,10,10,1\n"   // 7 out of order
+        "2021-03-02 10:00,10,10,10,10,1\n"  // 8 minute row among day rows
+        "2021-03-03,10,10,10,abc,1\n"  // 9 not a number
+        "2021-03-04,0,0,0,0,1\n"       // 10 no price
+        "2021-03-05,10,10,10,10,1\n");  // 11 good
+    ASSERT_EQ(csv.bars.size(), 2u);
+    EXPECT_EQ(csv.bars[1].m_lTime, 20210305);
+    std::vector<int> lines;
+    for (const ny::BarCsvProblem& p : csv.problems) lines.push_back(p.line);
+    EXPECT_EQ(lines, (std::vector<int>{3, 4, 5, 6, 7, 8, 9, 10}));
+    EXPECT_EQ(csv.problems[1].message, "expected 6 fields, found 5");
+    EXPECT_EQ(csv.problems[4].message, "not later than the row before");
+}
+
+TEST(BarCsv, AHeaderWithoutARequiredColumnRefusesTheFile) {
+    ny::BarCsv csv = ny::ParseBarCsv("date,open,high,low,close\n20210601,1,1,1,1\n");
+    ASSERT_EQ(csv.problems.size(), 1u);
+    EXPECT_EQ(csv.problems[0].line, 1);
+    EXPECT_EQ(csv.problems[0].message, "header: no column \"volume\"");
+    EXPECT_TRUE(csv.bars.empty());
+    csv = ny::ParseBarCsv("date,open,high,low,close,volume\n2022-01-03 10:00,1,1,1,1,1\n");
+    ASSERT_EQ(csv.problems.size(), 1u);
+    EXPECT_EQ(csv.problems[0].message, "minute bars can only be dated 2000-01-01 to 2021-12-31");
+}
+
+TEST(BarCsv, MergeReplacesTheBarsOfTheSameStamp) {
+    CHisDay a{20210601, 1, 1, 1, 1}, b{20210602, 2, 2, 2, 2}, b2{20210602, 5, 5, 5, 5}, c{20210603, 3, 3, 3, 3};
+    const std::vector<CHisDay> merged = ny::MergeBars({a, b}, {c, b2});
+    ASSERT_EQ(merged.size(), 3u);
+    EXPECT_EQ(merged[1].m_fClose, 5.0f);
+    EXPECT_EQ(merged[2].m_lTime, 20210603);
+}
+
+}  // namespace
