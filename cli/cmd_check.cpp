@@ -59,7 +59,9 @@ void AddCheckCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     command->add_option("file", options->input.path,
                         "Formula text, or a readable formula file (*.fml); \"-\" or nothing reads standard input");
     command->add_option("--name", options->input.name, "The formula's name in the messages (default: the file's stem)");
-    command->add_option("--param", options->input.params, "A parameter of the formula text, NAME=VALUE (repeatable)");
+    command->add_option("--param", options->input.params, "A parameter of the formula text, NAME=VALUE (repeatable)")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command->add_flag("--json", options->json, "Write the result as JSON");
     command->callback([options, &global, &status] { status = RunCheck(*options, global); });
 }

@@ -64,6 +64,19 @@ inline void CopyInstallationBasics(const fs::path& home) {
     fs::copy(kInstall + "/defineuser/indi", home / "defineuser/indi", fs::copy_options::recursive);
 }
 
+// A whole installation whose market files are links to the embedded one, and whose blocks and
+// formula sets are copies: for the commands that read every stock and write a block.
+inline void LinkInstallation(const fs::path& home) {
+    fs::create_directories(home / "data");
+    for (const auto& entry : fs::directory_iterator(kInstall + "/data")) {
+        if (entry.path().filename() == "blocks")
+            fs::copy(entry.path(), home / "data/blocks", fs::copy_options::recursive);
+        else
+            fs::create_symlink(entry.path(), home / "data" / entry.path().filename());
+    }
+    fs::copy(kInstall + "/defineuser", home / "defineuser", fs::copy_options::recursive);
+}
+
 // Runs nyind with the arguments (a shell fragment) and the given standard input.
 inline RunResult Nyind(const std::string& args, const std::string& input = std::string()) {
     TempDir io;
