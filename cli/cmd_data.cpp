@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <set>
 
 #include "cli/commands.h"
 #include "cli/statement_view.h"
@@ -31,13 +32,37 @@ std::string NameInitials(const CString& name) {
     return probe.m_arPYCodes.empty() ? std::string() : probe.m_arPYCodes.front();
 }
 
-// Adds the stock to the stock list under --name, keeping every line that is there. Returns an
-// exit status.
-int AddToStockList(int id, const ImportOptions& options) {
+// The kind words of the stock list, joined by "+".
+bool ValidKindWords(const std::string& kind) {
+    static const std::set<std::string> words = {"A", "INDEX", "BOND", "HAND", "FUND", "STOCK"};
+    size_t start = 0;
+    while (start <= kind.size()) {
+        size_t plus = kind.find('+', start);
+        if (plus == std::string::npos) plus = kind.size();
+        if (words.count(kind.substr(start, plus - start)) == 0) return false;
+        start = plus + 1;
+    }
+    return true;
+}
+
+// The entry of a stock that is not listed yet, checked before anything is written.
+int CheckNewStock(const ImportOptions& options) {
+    if (options.name.empty())
+        return Fail(kExitUsage, options.code + " is not in the stock list: give --name (and --kind) to add it");
     CString gbk;
     if (!ArgumentToGbk(options.name, &gbk)) return kExitUsage;
     if (options.name.find_first_of(",\r\n") != std::string::npos) return Fail(kExitUsage, "--name may not hold a comma");
-    const std::string pinyin = options.pinyin.empty() ? NameInitials(gbk) : options.pinyin;
+    if (!ValidKindWords(options.kind))
+        return Fail(kExitUsage, "--kind: kind words are A, INDEX, BOND, HAND, FUND or STOCK, joined by +");
+    if (options.pinyin.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789") != std::string::npos)
+        return Fail(kExitUsage, "--pinyin: capital letters and digits only");
+    return kExitOk;
+}
+
+// Adds the stock to the stock list under --name, keeping every line that is there. Returns an
+// exit status.
+int AddToStockList(int id, const ImportOptions& options) {
+    const std::string pinyin = options.pinyin.empty() ? NameInitials(ny::Utf8ToGbk(options.name)) : options.pinyin;
     std::string list;
     if (!ny::ReadWholeFile(ny::StockListPath(), &list)) list = "code,name,pinyin,kind,capital,total_capital\n";
     if (!list.empty() && list.back() != '\n') list += '\n';
@@ -83,8 +108,9 @@ int RunImport(const ImportOptions& options, const GlobalOptions& global) {
     const std::vector<CHisDay> bars = options.replace || kind == BarKind::Min1
                                           ? csv.bars
                                           : ny::MergeBars(ny::ReadBarFile(path), csv.bars);
-    if (!listed && options.name.empty())
-        return Fail(kExitUsage, options.code + " is not in the stock list: give --name (and --kind) to add it");
+    if (!listed) {
+        if (int status = CheckNewStock(options); status != kExitOk) return status;
+    }
     if (!ny::WriteFileAtomic(path, ny::EncodeBars(bars))) return Fail(kExitRefused, "cannot write " + path);
     const bool minute = kind != BarKind::Day;
     std::cout << ny::FormatStockCode(id) << ": " << csv.bars.size() << " bars imported ("

@@ -203,6 +203,9 @@ TEST(NyindData, ImportAddsAStockAndItsBarsOrNamesTheBadLine) {
     r = Nyind(home + " data import SH688001 --name " + U8("新股甲") + " --day " + (dir.path() / "good.csv").string());
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(fs::file_size(dir.path() / "home/data/sh/day/688001.day"), 80u);
+    r = Nyind(home + " data import SH688002 --name X --kind A+NONSENSE --day " + (dir.path() / "good.csv").string());
+    EXPECT_EQ(r.status, 2);
+    EXPECT_FALSE(fs::exists(dir.path() / "home/data/sh/day/688002.day"));
     r = Nyind(home + " calc --source - --stock SH688001 --csv", "R:C/REF(C,1);");
     EXPECT_EQ(r.out, "date,R\n2021-06-01,\n2021-06-02,1.143\n");
 
