@@ -35,13 +35,8 @@ std::string NameInitials(const CString& name) {
 // The kind words of the stock list, joined by "+".
 bool ValidKindWords(const std::string& kind) {
     static const std::set<std::string> words = {"A", "INDEX", "BOND", "HAND", "FUND", "STOCK"};
-    size_t start = 0;
-    while (start <= kind.size()) {
-        size_t plus = kind.find('+', start);
-        if (plus == std::string::npos) plus = kind.size();
-        if (words.count(kind.substr(start, plus - start)) == 0) return false;
-        start = plus + 1;
-    }
+    for (const std::string& word : SplitList(kind, '+'))
+        if (words.count(word) == 0) return false;
     return true;
 }
 

@@ -97,6 +97,17 @@ bool ReadInput(const std::string& path, std::string* bytes) {
     return !file.bad();
 }
 
+std::vector<std::string> SplitList(const std::string& text, char separator) {
+    std::vector<std::string> pieces;
+    size_t start = 0;
+    for (size_t end = text.find(separator); end != std::string::npos; end = text.find(separator, start)) {
+        pieces.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    pieces.push_back(text.substr(start));
+    return pieces;
+}
+
 bool ArgumentToGbk(const std::string& utf8, CString* gbk) {
     if (ny::TryUtf8ToGbk(utf8, gbk)) return true;
     Fail(kExitUsage, "\"" + utf8 + "\" is not UTF-8 text with a GBK form");

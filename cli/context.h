@@ -45,6 +45,9 @@ std::vector<CString> TakeMessages();
 // Reads a file, or standard input for "-". False if it can't be read.
 bool ReadInput(const std::string& path, std::string* bytes);
 
+// The pieces of a list separated by `separator`; an empty text gives one empty piece.
+std::vector<std::string> SplitList(const std::string& text, char separator);
+
 // A UTF-8 argument converted to GBK; false (with a message) if it has no GBK form.
 bool ArgumentToGbk(const std::string& utf8, CString* gbk);
 

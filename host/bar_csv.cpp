@@ -43,8 +43,10 @@ bool AllDigits(const std::string& text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+}  // namespace
+
 // A real calendar day: the weekday function knows none for an impossible date.
-bool ReadDate(const std::string& text, int* date) {
+bool ParseDateText(const std::string& text, int* date) {
     std::string digits;
     if (text.size() == 10 && text[4] == '-' && text[7] == '-')
         digits = text.substr(0, 4) + text.substr(5, 2) + text.substr(8, 2);
@@ -54,6 +56,8 @@ bool ReadDate(const std::string& text, int* date) {
     *date = std::atoi(digits.c_str());
     return *date >= 19000101 && WeekDay(*date) != 0;
 }
+
+namespace {
 
 bool ReadTime(const std::string& text, int* hhmm) {
     if (text.size() != 5 || text[2] != ':' || !AllDigits(text.substr(0, 2)) || !AllDigits(text.substr(3, 2)))
@@ -131,7 +135,7 @@ private:
     bool ReadStamp(const std::string& text, int number, int* stamp, bool* minute) {
         const size_t gap = text.find_first_of(" T");
         int date = 0;
-        if (!ReadDate(text.substr(0, gap), &date)) {
+        if (!ParseDateText(text.substr(0, gap), &date)) {
             Problem(number, "bad date \"" + text + "\" (YYYYMMDD or YYYY-MM-DD)");
             return false;
         }

@@ -30,6 +30,10 @@ struct BarCsv {
 // proper header gives one problem and no bars.
 BarCsv ParseBarCsv(const std::string& text);
 
+// A calendar date written YYYYMMDD or YYYY-MM-DD, as YYYYMMDD. False for anything else or a day
+// that doesn't exist.
+bool ParseDateText(const std::string& text, int* date);
+
 // Merges bars into stored ones by their stamp: a new bar replaces the stored bar of the same
 // stamp, the others are kept; the result is in order of time.
 std::vector<CHisDay> MergeBars(const std::vector<CHisDay>& stored, const std::vector<CHisDay>& added);
