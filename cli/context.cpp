@@ -62,6 +62,11 @@ int OpenHome(const GlobalOptions& options, bool needMarket) {
     return kExitOk;
 }
 
+void CloseHome() {
+    g_MyRemoveIndicators();
+    ny::CloseInstallation();
+}
+
 std::string ToTerminal(const CString& gbk) {
     std::string text = ny::GbkToUtf8(gbk);
     std::string out;

@@ -30,6 +30,9 @@ std::string HomeDirectory(const GlobalOptions& options);
 // stock list is refused. Returns an exit status; kExitOk when ready.
 int OpenHome(const GlobalOptions& options, bool needMarket);
 
+// Drops the formula library and the installation that OpenHome loaded.
+void CloseHome();
+
 // GBK text of the system to the terminal, with CR LF line ends made plain LF.
 std::string ToTerminal(const CString& gbk);
 

@@ -26,8 +26,8 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        const int code = app.exit(e);
-        return code == 0 ? kExitOk : kExitUsage;
+        status = app.exit(e) == 0 ? kExitOk : kExitUsage;
     }
+    CloseHome();
     return status;
 }
