@@ -8,7 +8,13 @@ RefreshRecord& Record() {
     static RefreshRecord record;
     return record;
 }
+bool& Holding() {
+    static bool hold = false;
+    return hold;
+}
 }  // namespace
+
+void HoldQuoteAnswers(bool hold) { Holding() = hold; }
 
 const RefreshRecord& RecordedRefreshes() { return Record(); }
 
@@ -28,5 +34,5 @@ void RunRefreshDialog(RefreshMode mode, const std::vector<int>& stocks) {
 void CCondStocks::AddRTData() {
     ++ny::Record().quoteRequests;
     // The quotes are what the stock objects hold: they have "arrived".
-    m_hRTEvent->Set();
+    if (!ny::Holding()) m_hRTEvent->Set();
 }

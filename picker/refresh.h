@@ -22,6 +22,10 @@ struct RefreshRecord {
 const RefreshRecord& RecordedRefreshes();
 void ClearRefreshes();
 
+// With `hold` the stand-in server keeps its answer to quote requests: the worker's event stays
+// clear until someone signals it, as when the real answer is still on its way. Off by default.
+void HoldQuoteAnswers(bool hold);
+
 // Runs the modal refresh dialog for these stocks (1-minute mode) or for all quotes.
 void RunRefreshDialog(RefreshMode mode, const std::vector<int>& stocks);
 
