@@ -26,8 +26,8 @@ constexpr short kMaxStoredBars = 30000;
 constexpr short kMaxMinuteRecords = 2000;
 constexpr short kBufferSlack = 100;
 
-// Reads at most `capacity` whole records from the end of a bar file; -1 if it can't be opened.
-// `sizeOnly` gives the number of records that would be read without reading them.
+// A stored bar file, opened with sharing allowed. Files are read straight into the record
+// buffers; the file's size is asked for only when the buffer turns out to be too small.
 class BarFile {
 public:
     explicit BarFile(const CString& path) : m_fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
@@ -39,7 +39,16 @@ public:
 
     bool IsOpen() const { return m_fd >= 0; }
 
-    // Whole records in the file, at most `limit` (the newest ones are the ones kept).
+    // Reads from the start into a buffer of `capacity` records; the number of whole records read,
+    // or -1 if the buffer was filled and the file may hold more.
+    short ReadFront(CHisDay* into, short capacity) {
+        if (into == nullptr || capacity < 1) return -1;
+        const size_t room = static_cast<size_t>(capacity) * sizeof(CHisDay);
+        const size_t got = ReadAt(into, room, 0);
+        return got == room ? -1 : static_cast<short>(got / sizeof(CHisDay));
+    }
+
+    // Whole records in the file, at most `limit`: the newest ones are the ones kept.
     short Count(short limit) {
         struct stat info {};
         if (::fstat(m_fd, &info) != 0 || info.st_size < 0) return 0;
@@ -48,21 +57,25 @@ public:
         return static_cast<short>(records - m_skip);
     }
 
-    // Reads the records counted by Count into `into`; the number of whole records read.
+    // Reads the records counted by Count; the number of whole records read.
     short Read(CHisDay* into, short count) {
         const size_t wanted = static_cast<size_t>(count) * sizeof(CHisDay);
-        char* out = reinterpret_cast<char*>(into);
-        size_t got = 0;
-        off_t offset = static_cast<off_t>(m_skip * static_cast<long long>(sizeof(CHisDay)));
-        while (got < wanted) {
-            const ssize_t n = ::pread(m_fd, out + got, wanted - got, offset + static_cast<off_t>(got));
-            if (n <= 0) break;
-            got += static_cast<size_t>(n);
-        }
-        return static_cast<short>(got / sizeof(CHisDay));
+        return static_cast<short>(ReadAt(into, wanted, m_skip * static_cast<long long>(sizeof(CHisDay))) /
+                                  sizeof(CHisDay));
     }
 
 private:
+    size_t ReadAt(void* into, size_t wanted, long long offset) {
+        char* out = static_cast<char*>(into);
+        size_t got = 0;
+        while (got < wanted) {
+            const ssize_t n = ::pread(m_fd, out + got, wanted - got, static_cast<off_t>(offset + static_cast<long long>(got)));
+            if (n <= 0) break;
+            got += static_cast<size_t>(n);
+        }
+        return got;
+    }
+
     int m_fd;
     long long m_skip = 0;
 };
@@ -129,6 +142,9 @@ BOOL CCondStocks::LoadHisData() {
                                                       : stock->GetDayFilePath();
     BarFile file(path);
     if (!file.IsOpen()) return FALSE;
+    m_nHisCount = file.ReadFront(m_pHisData, m_nBufSize);
+    if (m_nHisCount >= 0) return TRUE;
+    // The buffers are too small (or not there yet): grow them to the file.
     m_nHisCount = file.Count(kMaxStoredBars);
     if (m_nHisCount >= m_nBufSize) AllocMem();
     m_nHisCount = file.Read(m_pHisData, m_nHisCount);
