@@ -2,6 +2,10 @@
 // Ny_Indicator: the technical-indicator module. Outside code includes this one header.
 
 #include "catalog/function_manager.h"
+#include "check/lexical.h"
+#include "check/syntax_result.h"
+#include "dialogs/formula_dialog.h"
+#include "editor/color_edit_wnd.h"
 #include "host/clock.h"
 #include "host/encoding.h"
 #include "host/global.h"

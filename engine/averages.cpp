@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "engine/argument_scan.h"
+#include "engine/function_util.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -44,18 +45,9 @@ Name NameOf(const char* word) {
     return Name::Std;  // the window names end in the standard deviation
 }
 
-// A float truncated toward zero into an int; out-of-range values stop at the int's ends and a
-// NaN gives 0, so that no conversion is undefined.
-int TruncateToInt(double value) {
-    if (std::isnan(value)) return 0;
-    if (value >= static_cast<double>(INT_MAX)) return INT_MAX;
-    if (value <= static_cast<double>(INT_MIN)) return INT_MIN;
-    return static_cast<int>(value);
-}
-
 // A period: the value rounded half up, so that a whole number stays itself on both sides of 0
 // (-2 looks two bars ahead) and 2.5 is 3.
-int RoundPeriod(float value) { return TruncateToInt(std::floor(static_cast<double>(value) + 0.5)); }
+int RoundPeriod(float value) { return ny::TruncToInt(std::floor(static_cast<double>(value) + 0.5)); }
 
 // A bar number computed in a wider type, held in the 16-bit range of the bar variables. A value
 // beyond the series stays beyond it, so an empty range stays empty.
@@ -112,7 +104,7 @@ void Reference(const PeriodCall& c, float* out, short* from, short* to) {
     *to = std::min(c.x.to, c.period.to);
     const ny::BarSpan bars(*from, *to, c.count);
     for (int i = bars.first; i <= bars.last; ++i)
-        out[i] = c.X(static_cast<long long>(i) - TruncateToInt(c.period.v[i]));
+        out[i] = c.X(static_cast<long long>(i) - ny::TruncToInt(c.period.v[i]));
 }
 
 // The value of X on the bar whose date is the period (counted from 1900), over X's whole range.

@@ -17,15 +17,9 @@ void CombineBytes(char* out, char* lSeries, char* r, char rSeries, bool isAnd, s
     auto apply = [isAnd](char l, char rr) -> char {
         return isAnd ? (l != 0 && rr != 0) : (l != 0 || rr != 0);
     };
-    if (!*lSeries && !rSeries) {
+    if (!ny::AlignOperands(out, lSeries, r, rSeries, from, to, count)) {
         out[0] = apply(out[0], r[0]);
         return;
-    }
-    if (*lSeries && !rSeries) {
-        ny::Spread(r, from, to, count);
-    } else if (!*lSeries) {
-        ny::Spread(out, from, to, count);
-        *lSeries = 1;
     }
     const ny::BarSpan span(from, to, count);
     for (int i = span.first; i <= span.last; ++i) out[i] = apply(out[i], r[i]);

@@ -34,6 +34,21 @@ void Spread(T* buffer, short from, short to, short count) {
     for (int i = span.first; i <= span.last; ++i) buffer[i] = buffer[0];
 }
 
+// Brings a running value L (`out`, its is-series flag `lSeries`) and an operand R to a common
+// form. Two constants stay constants: false, combine element 0 only. Otherwise the constant side
+// is spread over from..to and L becomes a series: true, combine bar by bar.
+template <typename T>
+bool AlignOperands(T* out, char* lSeries, T* r, char rSeries, short from, short to, short count) {
+    if (!*lSeries && !rSeries) return false;
+    if (*lSeries && !rSeries) {
+        Spread(r, from, to, count);
+    } else if (!*lSeries) {
+        Spread(out, from, to, count);
+        *lSeries = 1;
+    }
+    return true;
+}
+
 inline bool IsZeroDivisor(float value) { return std::fabs(static_cast<double>(value)) <= kZeroTolerance; }
 inline bool IsZeroConstantDivisor(float value) {
     return std::fabs(static_cast<double>(value)) < kZeroTolerance;

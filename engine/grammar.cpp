@@ -15,15 +15,9 @@ enum class Slot { Start, AfterOperand, AfterOperator };
 // becomes 1 when a series meets a constant.
 void Combine(float* out, char* lSeries, float* r, char rSeries, Op op, short from, short to,
              short count) {
-    if (!*lSeries && !rSeries) {
+    if (!ny::AlignOperands(out, lSeries, r, rSeries, from, to, count)) {
         out[0] = ny::Apply(op, out[0], r[0]);
         return;
-    }
-    if (*lSeries && !rSeries) {
-        ny::Spread(r, from, to, count);
-    } else if (!*lSeries) {
-        ny::Spread(out, from, to, count);
-        *lSeries = 1;
     }
     const ny::BarSpan span(from, to, count);
     if (op == Op::Div && rSeries) {
@@ -54,41 +48,112 @@ bool EndsMultiplication(const char* p) { return EndsAddition(p) || *p == '+' || 
 
 }  // namespace
 
-char CIndicator::ReadExp(float* out, short* from, short* to, char* flag, CExpression* expr) {
-    const char permission = *flag % 2;
-    const bool closedByParen = (*flag / 2) != 0;
-    *flag = 0;
-    char isSeries = 0;
+// What tells one level of the value grammar from another: where it ends, which operators it
+// knows, what an operand behind an operand costs, whether "+" and "-" may stand as signs at its
+// start, and the level that reads its operands.
+struct ny::GrammarLevel {
+    bool (*ends)(const char* p);
+    // Sets op and length for an operator at p (op stays None if there is none); a non-zero
+    // result is the code of a malformed operator.
+    char (*scanOperator)(const char* p, Op* op, int* length);
+    char operandAfterOperand;
+    bool signsAtStart;
+    char (CIndicator::*next)(float* out, short* from, short* to, char* flag, CExpression* expr);
+};
+
+namespace {
+
+char ScanLogical(const char* p, Op* op, int* length) {
+    if (ny::At(p, "&&")) *op = Op::And, *length = 2;
+    else if (ny::AtAndWord(p)) *op = Op::And, *length = 3;
+    else if (ny::At(p, "||")) *op = Op::Or, *length = 2;
+    else if (ny::AtOrWord(p)) *op = Op::Or, *length = 2;
+    else if (*p == '&' || *p == '|') return 8;
+    return 0;
+}
+
+// ">", ">=", "<", "<=", "=", "==" and "!="; a "!" without "=" is malformed.
+char ScanComparison(const char* p, Op* op, int* length) {
+    const bool withEqual = p[1] == '=';
+    *length = withEqual ? 2 : 1;
+    switch (*p) {
+        case '>': *op = withEqual ? Op::GreaterEqual : Op::Greater; return 0;
+        case '<': *op = withEqual ? Op::LessEqual : Op::Less; return 0;
+        case '=': *op = Op::Equal; return 0;
+        case '!':
+            if (!withEqual) return 8;
+            *op = Op::NotEqual;
+            return 0;
+        default: return 0;
+    }
+}
+
+char ScanAddition(const char* p, Op* op, int* length) {
+    if (*p == '+' || *p == '-') *op = *p == '+' ? Op::Add : Op::Sub, *length = 1;
+    return 0;
+}
+
+char ScanMultiplication(const char* p, Op* op, int* length) {
+    if (*p == '*' || *p == '/') *op = *p == '*' ? Op::Mul : Op::Div, *length = 1;
+    return 0;
+}
+
+bool EndsLogical(const char* p) { return AtStatementEnd(*p); }
+
+const ny::GrammarLevel kLogicalLevel = {EndsLogical, ScanLogical, 4, false, &CIndicator::ReadExp1};
+const ny::GrammarLevel kComparisonLevel = {EndsComparison, ScanComparison, 4, false,
+                                           &CIndicator::ReadExp2};
+const ny::GrammarLevel kAdditionLevel = {EndsAddition, ScanAddition, 13, true, &CIndicator::ReadItem};
+const ny::GrammarLevel kMultiplicationLevel = {EndsMultiplication, ScanMultiplication, 5, false,
+                                               &CIndicator::ReadFactor};
+
+}  // namespace
+
+// The loop that every level runs: blanks are skipped, an operator becomes pending, an operand
+// is read by the next level into a pooled buffer and combined into `out`. A loop that ends behind
+// an operator drops it. A constant divisor near zero fails as soon as it is read.
+char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* from, short* to,
+                           char permission, char* isSeries, CExpression* expr) {
+    *isSeries = 0;
     Slot slot = Slot::Start;
     Op pending = Op::None;
-    while (!AtStatementEnd(*m_pCursor)) {
-        const char* p = m_pCursor;
-        if (*p == ' ') {
+    while (!level.ends(m_pCursor)) {
+        if (*m_pCursor == ' ') {
             ++m_pCursor;
             continue;
         }
         Op op = Op::None;
         int length = 0;
-        if (ny::At(p, "&&")) op = Op::And, length = 2;
-        else if (ny::AtAndWord(p)) op = Op::And, length = 3;
-        else if (ny::At(p, "||")) op = Op::Or, length = 2;
-        else if (ny::AtOrWord(p)) op = Op::Or, length = 2;
-        else if (*p == '&' || *p == '|') return 8;
+        if (const char rc = level.scanOperator(m_pCursor, &op, &length)) return rc;
         if (op != Op::None) {
-            if (slot != Slot::AfterOperand) return 4;
+            const bool allowed =
+                slot == Slot::AfterOperand || (level.signsAtStart && slot == Slot::Start);
+            if (!allowed) return 4;
             m_pCursor += length;
             pending = op;
             slot = Slot::AfterOperator;
             continue;
         }
-        if (slot == Slot::AfterOperand) return 4;
+        if (slot == Slot::AfterOperand) return level.operandAfterOperand;
         ny::PooledBuffer operand(m_pool, m_nBarCount);
         char operandFlag = permission;
-        const char rc = ReadExp1(operand.floats(), from, to, &operandFlag, expr);
-        if (rc != 0) return rc;
-        Combine(out, &isSeries, operand.floats(), operandFlag, pending, *from, *to, m_nBarCount);
+        if (const char rc = (this->*level.next)(operand.floats(), from, to, &operandFlag, expr))
+            return rc;
+        if (pending == Op::Div && !operandFlag && ny::IsZeroConstantDivisor(operand.floats()[0]))
+            return 17;
+        Combine(out, isSeries, operand.floats(), operandFlag, pending, *from, *to, m_nBarCount);
         slot = Slot::AfterOperand;
     }
+    return 0;
+}
+
+char CIndicator::ReadExp(float* out, short* from, short* to, char* flag, CExpression* expr) {
+    const char permission = *flag % 2;
+    const bool closedByParen = (*flag / 2) != 0;
+    *flag = 0;
+    char isSeries = 0;
+    if (const char rc = ReadLevel(kLogicalLevel, out, from, to, permission, &isSeries, expr))
+        return rc;
     if (*m_pCursor == '\0') return 10;
     if (closedByParen != (*m_pCursor == ')')) return 3;
     ++m_pCursor;
@@ -98,114 +163,27 @@ char CIndicator::ReadExp(float* out, short* from, short* to, char* flag, CExpres
 
 char CIndicator::ReadExp1(float* out, short* from, short* to, char* flag, CExpression* expr) {
     const char permission = *flag % 2;
-    *flag = 0;
-    char isSeries = 0;
-    Slot slot = Slot::Start;
-    Op pending = Op::None;
-    while (!EndsComparison(m_pCursor)) {
-        const char* p = m_pCursor;
-        if (*p == ' ') {
-            ++m_pCursor;
-            continue;
-        }
-        Op op = Op::None;
-        int length = 1;
-        if (*p == '>') op = p[1] == '=' ? (length = 2, Op::GreaterEqual) : Op::Greater;
-        else if (*p == '<') op = p[1] == '=' ? (length = 2, Op::LessEqual) : Op::Less;
-        else if (*p == '=') op = Op::Equal, length = p[1] == '=' ? 2 : 1;
-        else if (*p == '!') {
-            if (p[1] != '=') return 8;
-            op = Op::NotEqual, length = 2;
-        }
-        if (op != Op::None) {
-            if (slot != Slot::AfterOperand) return 4;
-            m_pCursor += length;
-            pending = op;
-            slot = Slot::AfterOperator;
-            continue;
-        }
-        if (slot == Slot::AfterOperand) return 4;
-        ny::PooledBuffer operand(m_pool, m_nBarCount);
-        char operandFlag = permission;
-        const char rc = ReadExp2(operand.floats(), from, to, &operandFlag, expr);
-        if (rc != 0) return rc;
-        Combine(out, &isSeries, operand.floats(), operandFlag, pending, *from, *to, m_nBarCount);
-        slot = Slot::AfterOperand;
-    }
-    *flag = isSeries;
-    return 0;
+    return ReadLevel(kComparisonLevel, out, from, to, permission, flag, expr);
 }
 
 char CIndicator::ReadExp2(float* out, short* from, short* to, char* flag, CExpression* expr) {
+    // A sign at the start adds the operand to, or subtracts it from, the zero in `out`.
     const char permission = *flag % 2;
-    *flag = 0;
-    char isSeries = 0;
-    Slot slot = Slot::Start;
-    Op pending = Op::None;
-    while (!EndsAddition(m_pCursor)) {
-        const char c = *m_pCursor;
-        if (c == ' ') {
-            ++m_pCursor;
-            continue;
-        }
-        if (c == '+' || c == '-') {
-            // At the start a sign: the operand is added to or subtracted from the zero in `out`.
-            if (slot == Slot::AfterOperator) return 4;
-            ++m_pCursor;
-            pending = c == '+' ? Op::Add : Op::Sub;
-            slot = Slot::AfterOperator;
-            continue;
-        }
-        if (slot == Slot::AfterOperand) return 13;
-        ny::PooledBuffer operand(m_pool, m_nBarCount);
-        char operandFlag = permission;
-        const char rc = ReadItem(operand.floats(), from, to, &operandFlag, expr);
-        if (rc != 0) return rc;
-        Combine(out, &isSeries, operand.floats(), operandFlag, pending, *from, *to, m_nBarCount);
-        slot = Slot::AfterOperand;
-    }
-    *flag = isSeries;
-    return 0;
+    return ReadLevel(kAdditionLevel, out, from, to, permission, flag, expr);
 }
 
 char CIndicator::ReadItem(float* out, short* from, short* to, char* flag, CExpression* expr) {
     const char permission = *flag != 0 ? 1 : 0;
-    *flag = 0;
-    char isSeries = 0;
-    Slot slot = Slot::Start;
-    Op pending = Op::None;
-    while (!EndsMultiplication(m_pCursor)) {
-        const char c = *m_pCursor;
-        if (c == ' ') {
-            ++m_pCursor;
-            continue;
-        }
-        if (c == '*' || c == '/') {
-            if (slot != Slot::AfterOperand) return 4;
-            ++m_pCursor;
-            pending = c == '*' ? Op::Mul : Op::Div;
-            slot = Slot::AfterOperator;
-            continue;
-        }
-        if (slot == Slot::AfterOperand) return 5;
-        ny::PooledBuffer operand(m_pool, m_nBarCount);
-        char operandFlag = permission;
-        char rc;
-        if (c == '(') {
-            ++m_pCursor;
-            operandFlag = permission + 2;
-            rc = ReadExp(operand.floats(), from, to, &operandFlag, nullptr);
-        } else {
-            rc = ReadNumber(operand.floats(), from, to, &operandFlag, expr);
-        }
-        if (rc != 0) return rc;
-        if (pending == Op::Div && !operandFlag && ny::IsZeroConstantDivisor(operand.floats()[0]))
-            return 17;
-        Combine(out, &isSeries, operand.floats(), operandFlag, pending, *from, *to, m_nBarCount);
-        slot = Slot::AfterOperand;
-    }
-    *flag = isSeries;
-    return 0;
+    return ReadLevel(kMultiplicationLevel, out, from, to, permission, flag, expr);
+}
+
+// An operand of the multiplication level: an expression in parentheses, which passes no
+// statement on, or one word.
+char CIndicator::ReadFactor(float* out, short* from, short* to, char* flag, CExpression* expr) {
+    if (*m_pCursor != '(') return ReadNumber(out, from, to, flag, expr);
+    ++m_pCursor;
+    *flag = static_cast<char>(*flag + 2);
+    return ReadExp(out, from, to, flag, nullptr);
 }
 
 char CIndicator::CountCuma() {

@@ -18,6 +18,10 @@
 #include "model/hisday.h"
 #include "model/types.h"
 
+namespace ny {
+struct GrammarLevel;
+}
+
 // Longest texts the file records can hold (field width minus the terminating zero).
 constexpr int NY_NAME_BYTES = 31;
 constexpr int NY_STATEMENT_BYTES = 511;
@@ -215,6 +219,31 @@ public:
     char ReadSMA(char* word, float* out, short* from, short* to, char permission, char* isSeries);
     char ReadIf(char* word, float* out, short* from, short* to, char permission, char* isSeries);
 
+    // Math functions: element-wise, constants in and constants out.
+    char ReadMathFunc1(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadMathFunc2(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadMathFunc3(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
+    // Market-detail values of DYNAINFO and FINANCE: write out[0] only.
+    char ReadDYNAINFO(float* out, short id);
+    char ReadFINANCE(float* out, short id);
+
+    // Logic and statistics: crossings, counts of conditions, distances, run lengths, window
+    // statistics, the ordered search of a window and the four-series transform.
+    char ReadCROSS(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadLONGCROSS(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadCOUNT(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadLAST(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadLogicalFun(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadBARSCOUNT(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadFINDHIGH(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadForCla(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
+    // Date and time: the words of the bar's time stamp, the conversions and BETA.
+    char ReadDATETIME(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadDATETODAY(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadBeta(int period, float* out, short* from, short* to);
+
     // Words of the market: prices and volumes, and the other market words.
     char ReadMarketWord(char* word, float* out, short* from, short* to, char permission,
                         char* isSeries);
@@ -222,7 +251,12 @@ public:
     // Buffers of the descent, reused across operands, statements and runs of this object.
     ny::SeriesPool m_pool;
 
+    // The operand of the multiplication level: a parenthesis or a word.
+    char ReadFactor(float* out, short* from, short* to, char* flag, CExpression* expr);
+
 private:
+    char ReadLevel(const ny::GrammarLevel& level, float* out, short* from, short* to,
+                   char permission, char* isSeries, CExpression* expr);
     char ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission);
     void CopyStatement(const CExpression& source, float* out, short* from, short* to,
                        char* isSeries) const;

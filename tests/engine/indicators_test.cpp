@@ -166,4 +166,26 @@ TEST(Indicators, BollingerBands) {
     ExpectSeries(f, "LB", lower, 19, 2e-4);
 }
 
+TEST(Indicators, RelativeStrength) {
+    Formula f({{"LC", "REF(CLOSE,1)"},
+               {"RSI", "SMA(MAX(CLOSE-LC,0),N,1)/SMA(ABS(CLOSE-LC),N,1)*100"}});
+    f.AddParam("N", 6);
+    const std::vector<CHisDay> bars = MarketBars();
+    f.Run(bars);
+    const std::vector<double> close = Closes(bars);
+    std::vector<double> rise(kBars, 0.0), move(kBars, 0.0);
+    for (int i = 1; i < kBars; ++i) {
+        rise[i] = std::max(close[i] - close[i - 1], 0.0);
+        move[i] = std::fabs(close[i] - close[i - 1]);
+    }
+    // The reference moves the range to bar 1, where both averages start.
+    const std::vector<double> up = Smoothed(rise, 6, 1, 1), all = Smoothed(move, 6, 1, 1);
+    std::vector<double> rsi(kBars, 0.0);
+    for (int i = 1; i < kBars; ++i)
+        rsi[i] = std::fabs(all[i]) <= 1e-6 ? (i == 1 ? 0.0 : rsi[i - 1]) : up[i] / all[i] * 100;
+    ExpectSeries(f, "RSI", rsi, 1, 2e-3);
+    EXPECT_GT(*std::max_element(rsi.begin(), rsi.end()), 70.0);
+    EXPECT_LT(*std::min_element(rsi.begin() + 1, rsi.end()), 30.0);
+}
+
 }  // namespace

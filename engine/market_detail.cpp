@@ -1,0 +1,13 @@
+// DYNAINFO and FINANCE values of the stock's live quote and financial record. This build has no
+// reader of those host figures yet: every id answers as for a stock without data, code 19 with
+// out[0] left as it was (FINANCE zeroes it first). Their callers drop the code, so a formula sees
+// the value 0 and runs on.
+
+#include "model/indicator.h"
+
+char CIndicator::ReadDYNAINFO(float*, short) { return 19; }
+
+char CIndicator::ReadFINANCE(float* out, short) {
+    out[0] = 0.0f;
+    return 19;
+}

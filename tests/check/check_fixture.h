@@ -1,0 +1,99 @@
+#pragma once
+// A script editor with the catalog loaded and the lexer module opened, for the tests of the
+// lexer and the syntax test.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "catalog/function_manager.h"
+#include "check/lexical.h"
+#include "editor/color_edit_wnd.h"
+#include "host/encoding.h"
+#include "model/library.h"
+
+namespace nytest {
+
+// Fills the global catalog once, as the host does at start.
+inline void LoadGlobalCatalog() {
+    static const bool loaded = (g_MyFunsMng.LoadFun(), true);
+    (void)loaded;
+}
+
+// An editor ready to test formulas, as creating it in the dialog leaves it.
+class CheckTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        LoadGlobalCatalog();
+        editor.PrepareLanguage();
+        ASSERT_NE(editor.m_pfnLexical, nullptr) << "the lexer module did not open";
+    }
+
+    SYNTestResult Test(const std::string& text, const std::vector<CParam>& params = {}) {
+        editor.SetText(text);
+        return editor.GetTestResult(params);
+    }
+
+    // The tokens of a text as (code, text) pairs, for readable comparisons.
+    std::vector<std::pair<int, std::string>> Lex(const std::string& text, bool paint = false) {
+        CMyLexicalAnaly sink;
+        if (paint) editor.m_pfnPaintLexical(text.c_str(), &sink, 1);
+        else editor.m_pfnLexical(text.c_str(), &sink);
+        std::vector<std::pair<int, std::string>> tokens;
+        for (int i = 0; i < sink.GetTokenCount(); ++i) {
+            const LEX_TOKEN token = sink.GetToken(static_cast<unsigned>(i));
+            tokens.emplace_back(token.nType, text.substr(static_cast<size_t>(token.nPos),
+                                                         static_cast<size_t>(token.nLen)));
+        }
+        return tokens;
+    }
+
+    ColorEditWnd editor;
+};
+
+inline CParam MakeParam(const std::string& name, short min, short max, short value) {
+    CParam param;
+    param.m_strName = name;
+    param.m_nMin = min;
+    param.m_nMax = max;
+    param.m_nDefault = value;
+    return param;
+}
+
+}  // namespace nytest
+
+// Compares GBK texts byte for byte and shows them readable when they differ.
+#define EXPECT_GBK(actual, expected)                                                    \
+    EXPECT_EQ(std::string(actual), std::string(expected))                               \
+        << "actual:   " << ny::GbkToUtf8(actual) << "\nexpected: " << ny::GbkToUtf8(expected)
+
+namespace nytest {
+
+// A formula MACD of kind 0 with three parameters and the lines DIF, DEA, MACD, in the library for
+// the life of the object, so that words can refer to it.
+class LibraryMacd {
+public:
+    LibraryMacd() {
+        auto* macd = new CIndicator;
+        macd->m_strName = "MACD";
+        macd->m_strTitle = "平滑异同平均";
+        for (const char* name : {"SHORT", "LONG", "MID"}) {
+            auto* param = new CParam;
+            param->m_strName = name;
+            macd->m_arParams.push_back(param);
+        }
+        for (const char* line : {"DIF", "DEA", "MACD"}) {
+            auto* expression = new CExpression;
+            expression->m_strName = line;
+            expression->m_strText = "C";
+            macd->m_arExpressions.push_back(expression);
+        }
+        g_MyAddIndicator(macd);
+    }
+    ~LibraryMacd() { g_MyRemoveIndicatorByPos("MACD", NY_KIND_INDICATOR); }
+    LibraryMacd(const LibraryMacd&) = delete;
+    LibraryMacd& operator=(const LibraryMacd&) = delete;
+};
+
+}  // namespace nytest

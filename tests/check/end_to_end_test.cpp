@@ -1,0 +1,192 @@
+// Formula text as a user types it, through the syntax test into statements, evaluated over bars.
+
+#include <memory>
+
+#include "check/syntax_result.h"
+#include "tests/check/check_fixture.h"
+#include "tests/engine/formula_fixture.h"
+
+namespace {
+
+class EndToEnd : public nytest::CheckTest {
+protected:
+    // Tests the text and builds the formula from the test's statements, as the formula dialog
+    // does on OK; then evaluates it over the bars.
+    const CIndicator& Run(const std::string& text, std::vector<CHisDay> newBars,
+                          const std::vector<CParam>& params = {}) {
+        const SYNTestResult result = Test(text, params);
+        EXPECT_EQ(result.nResult, 0) << ny::GbkToUtf8(result.strError);
+        formula = std::make_unique<CIndicator>();
+        for (const CParam& param : params) formula->m_arParams.push_back(new CParam(param));
+        ny::AppendTestedStatements(result, *formula);
+
+        bars = std::move(newBars);
+        const auto count = static_cast<short>(bars.size());
+        formula->Change();
+        formula->m_pHisDay = bars.data();
+        formula->m_nBarCount = count;
+        formula->m_nDrawStart = 0;
+        formula->m_nDrawEnd = count;
+        formula->AllocMem(count);
+        formula->Calc(0, count);
+        return *formula;
+    }
+
+    const CExpression& Statement(const char* name) {
+        const CExpression* expression = formula->Find(name);
+        EXPECT_NE(expression, nullptr) << name;
+        static const CExpression kNone;
+        return expression != nullptr ? *expression : kNone;
+    }
+
+    std::unique_ptr<CIndicator> formula;
+    std::vector<CHisDay> bars;
+};
+
+TEST_F(EndToEnd, PriceFormulaWithCommentsColoursAndWidths) {
+    // Bars: high = close + 1, low = close - 1, open = close - 0.5.
+    const CIndicator& result = Run(
+        "{中间价与振幅}\r\n"
+        "mid:(high+low)/2,colorwhite,linethick2;\r\n"
+        "spread:=high-low; {振幅}\r\n"
+        "up:close>open and spread>1.5,nodraw;\r\n"
+        "c-mid+spread*10,colorstick",
+        nytest::MakeBars({10, 12, 11.5f, 13}));
+    ASSERT_EQ(result.m_arExpressions.size(), 4u);
+
+    const CExpression& mid = Statement("MID");
+    EXPECT_EQ(mid.m_lColor, 0xFFFFFF);
+    EXPECT_EQ(mid.m_nWidth, 2);
+    EXPECT_EQ(mid.m_nType, 1);
+    ASSERT_EQ(mid.m_cComputed, 1);
+    EXPECT_FLOAT_EQ(mid.m_pData[0], 10);
+    EXPECT_FLOAT_EQ(mid.m_pData[2], 11.5f);
+
+    const CExpression& spread = Statement("SPREAD");
+    EXPECT_EQ(spread.m_nType, 0);
+    EXPECT_FLOAT_EQ(spread.m_pData[3], 2);
+
+    const CExpression& up = Statement("UP");
+    EXPECT_EQ(up.m_nType, 32);
+    EXPECT_EQ(up.m_nWidth, 0);
+    ASSERT_EQ(up.m_cComputed, 1);
+    for (int i = 0; i < 4; ++i) EXPECT_FLOAT_EQ(up.m_pData[i], 1) << i;
+
+    const CExpression& unnamed = *result.m_arExpressions[3];
+    EXPECT_EQ(unnamed.m_strName, "");
+    EXPECT_EQ(unnamed.m_nType, 3);
+    ASSERT_EQ(unnamed.m_cComputed, 1);
+    EXPECT_FLOAT_EQ(unnamed.m_pData[1], 20);  // close - mid is 0
+}
+
+TEST_F(EndToEnd, ParametersSignsAndConditions) {
+    // The evaluator matches parameter names exactly, against the upper-cased text.
+    const std::vector<CParam> params = {nytest::MakeParam("N", 1, 100, 20)};
+    Run("twice:c*n/10;\r\n"
+        "neg:-c+1;\r\n"
+        "low5:c<-1 or c>=12;\r\n"
+        "both:(-1)*c+(c-o)*2 != 0 && c=c",
+        nytest::MakeBars({10, 12, 14}), params);
+    EXPECT_FLOAT_EQ(Statement("TWICE").m_pData[2], 28);
+    EXPECT_FLOAT_EQ(Statement("NEG").m_pData[0], -9);
+    EXPECT_FLOAT_EQ(Statement("LOW5").m_pData[0], 0);
+    EXPECT_FLOAT_EQ(Statement("LOW5").m_pData[1], 1);
+    // -c + 1 is never 0 for these closes.
+    EXPECT_FLOAT_EQ(Statement("BOTH").m_pData[2], 1);
+}
+
+TEST_F(EndToEnd, StatementTextsReachTheEvaluatorInUpperCaseWithTheirLineBreaks) {
+    const CIndicator& result = Run("a:=c+\r\n  o;\r\nb:a/2", nytest::MakeBars({10, 20}));
+    EXPECT_EQ(result.m_arExpressions[0]->m_strText, "C+\r\n  O");
+    EXPECT_FLOAT_EQ(Statement("B").m_pData[1], 19.75f);
+}
+
+// EMA as the evaluator defines it: the first value is x itself, then ((N-1)y + 2x) / (N+1),
+// computed in double and kept as a float between bars.
+std::vector<float> Ema(const std::vector<float>& x, int n) {
+    std::vector<float> y(x.size());
+    y[0] = x[0];
+    for (size_t i = 1; i < x.size(); ++i)
+        y[i] = static_cast<float>(((n - 1) * static_cast<double>(y[i - 1]) + 2.0 * x[i]) / (n + 1));
+    return y;
+}
+
+TEST_F(EndToEnd, MovingAverages) {
+    Run("{均线}\r\nma5:ma(close,5),colorwhite;\r\nma10 : ma(c,10),coloryellow,linethick2;",
+        nytest::MakeBars({10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21}));
+    const CExpression& ma5 = Statement("MA5");
+    ASSERT_EQ(ma5.m_cComputed, 1);
+    EXPECT_EQ(ma5.m_nFirst, 4);
+    EXPECT_FLOAT_EQ(ma5.m_pData[4], 12);
+    EXPECT_FLOAT_EQ(ma5.m_pData[11], 19);
+    const CExpression& ma10 = Statement("MA10");
+    EXPECT_EQ(ma10.m_nWidth, 2);
+    EXPECT_EQ(ma10.m_lColor, 0x00FFFF);
+    EXPECT_FLOAT_EQ(ma10.m_pData[9], 14.5f);
+    EXPECT_FLOAT_EQ(ma10.m_pData[11], 16.5f);
+}
+
+TEST_F(EndToEnd, MacdWithParameters) {
+    const std::vector<float> closes = {10, 10.5f, 10.2f, 11, 11.8f, 11.4f, 12, 12.6f, 12.1f, 11.7f,
+                                       12.4f, 13, 13.5f, 13.2f, 12.8f, 13.9f, 14.2f, 14, 14.8f, 15.1f};
+    const std::vector<CParam> params = {nytest::MakeParam("SHORT", 2, 200, 12),
+                                        nytest::MakeParam("LONG", 2, 200, 26),
+                                        nytest::MakeParam("MID", 2, 200, 9)};
+    Run("DIF:EMA(CLOSE,SHORT)-EMA(CLOSE,LONG);\r\n"
+        "DEA:EMA(DIF,MID);\r\n"
+        "MACD:(DIF-DEA)*2,COLORSTICK;",
+        nytest::MakeBars(closes), params);
+    const std::vector<float> fast = Ema(closes, 12);
+    const std::vector<float> slow = Ema(closes, 26);
+    std::vector<float> dif(closes.size());
+    for (size_t i = 0; i < closes.size(); ++i) dif[i] = fast[i] - slow[i];
+    const std::vector<float> dea = Ema(dif, 9);
+    const CExpression& macd = Statement("MACD");
+    ASSERT_EQ(macd.m_cComputed, 1);
+    EXPECT_EQ(macd.m_nType, 3);
+    for (size_t i : {size_t{0}, size_t{5}, size_t{19}}) {
+        EXPECT_FLOAT_EQ(Statement("DIF").m_pData[i], dif[i]) << i;
+        EXPECT_FLOAT_EQ(Statement("DEA").m_pData[i], dea[i]) << i;
+        EXPECT_FLOAT_EQ(macd.m_pData[i], (dif[i] - dea[i]) * 2) << i;
+    }
+}
+
+TEST_F(EndToEnd, KdjOnASteadyRise) {
+    // Closes 1 to 30: over 9 bars the close stands 9 above the lowest low of a range of 10, so RSV
+    // is 90 from bar 8 on, and its smoothings stay there.
+    const std::vector<CParam> params = {nytest::MakeParam("N", 1, 100, 9),
+                                        nytest::MakeParam("M1", 2, 40, 3),
+                                        nytest::MakeParam("M2", 2, 40, 3)};
+    Run("rsv:=(close-llv(low,n))/(hhv(high,n)-llv(low,n))*100;\r\n"
+        "k:sma(rsv,m1,1);\r\nd:sma(k,m2,1);\r\nj:3*k-2*d;",
+        nytest::RisingBars(30), params);
+    const CExpression& j = Statement("J");
+    ASSERT_EQ(j.m_cComputed, 1);
+    EXPECT_EQ(Statement("RSV").m_nFirst, 8);
+    for (const char* line : {"RSV", "K", "D", "J"}) EXPECT_NEAR(Statement(line).m_pData[20], 90, 1e-3) << line;
+}
+
+TEST_F(EndToEnd, VolumeAndConditions) {
+    const CIndicator& result =
+        Run("vol,volstick;\r\nmavol5:ma(vol,5),nodraw;\r\n"
+            "up:if(close>ref(close,1),1,-1);\r\n"
+            "sig:c>ma(c,3) and v>=mavol5,colorred",
+            nytest::MakeBars({10, 12, 11, 13, 14, 12, 15, 16}));
+    const CExpression& volume = *result.m_arExpressions[0];
+    EXPECT_EQ(volume.m_nType, 2);
+    const CExpression& average = Statement("MAVOL5");
+    EXPECT_EQ(average.m_nWidth, 0);
+    EXPECT_EQ(average.m_nType, 32);
+    float sum = 0;
+    for (int i = 3; i <= 7; ++i) sum += volume.m_pData[i];
+    EXPECT_FLOAT_EQ(average.m_pData[7], sum / 5);
+    // The range narrowed by MA(VOL,5) holds for the statements behind it.
+    EXPECT_EQ(Statement("UP").m_nFirst, 4);
+    const float up[] = {0, 1, -1, 1, 1, -1, 1, 1};
+    for (int i = 4; i < 8; ++i) EXPECT_FLOAT_EQ(Statement("UP").m_pData[i], up[i]) << i;
+    // Bar 6: 15 is above the mean of 14, 12, 15; bar 5: 12 is below that of 13, 14, 12.
+    EXPECT_FLOAT_EQ(Statement("SIG").m_pData[6], 1);
+    EXPECT_FLOAT_EQ(Statement("SIG").m_pData[5], 0);
+}
+
+}  // namespace
