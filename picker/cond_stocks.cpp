@@ -172,6 +172,7 @@ void CCondStocks::ProcCondPick() {
     for (size_t i = 0; i < count && m_bStop == 0; ++i) {
         const int id = m_arStocks[i];
         const BOOL picked = ProcCondPick_Item(id);
+        if (m_fnItemDone) m_fnItemDone(id, picked);
         {
             ny::CriticalSectionLock guard(m_csStatus);
             if (picked) {

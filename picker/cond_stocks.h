@@ -9,6 +9,7 @@
 // a notify callback; Stop ends a pick between two stocks.
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -85,6 +86,9 @@ public:
 
     // Pick state.
     NotifyProc m_pfnNotify = nullptr;
+    // Called on the worker thread right after each stock, with its id and verdict, while the
+    // conditions still hold that stock's values; empty by default. Set it between picks only.
+    std::function<void(int stockId, BOOL picked)> m_fnItemDone;
     CondStocksSTATUS m_Status;
     std::vector<CIndicator*> m_arIndicators;  // the caller's; must outlive the pick
     std::vector<int> m_arStocks;

@@ -116,6 +116,11 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
     for (const auto& condition : conditions) indicators.push_back(condition.get());
 
     CCondStocks engine;
+    // The conditions hold the values of one stock at a time: take each hit's as it is examined.
+    // Written on the worker; read here once the status says that the pick has ended.
+    engine.m_fnItemDone = [&outcome, &conditions, &engine](int id, BOOL picked) {
+        if (picked) outcome.hits.push_back(PickHit{id, LastValues(conditions, engine.DrawCount())});
+    };
     if (!engine.Play(indicators, request.andMode ? 1 : 2, stocks, request.period, request.adjustPower ? 1 : 0, 0,
                      history ? request.fromDate : 0, history ? request.toDate : 0, 0)) {
         outcome.message = MSG_MINUTE_PICK_IN_TRADING_HOURS;
@@ -143,11 +148,6 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
     outcome.examined = status.m_nDone;
     outcome.total = status.m_nTotal;
     outcome.stopped = outcome.stopped && status.m_nDone < status.m_nTotal;
-    // The conditions hold the values of the stock examined last: run each hit once more for its own values.
-    for (int id : status.m_arResult) {
-        engine.ProcCondPick_Item(id);
-        outcome.hits.push_back(PickHit{id, LastValues(conditions, engine.DrawCount())});
-    }
     if (!outcome.stopped && !CGroup::CreateGroup(PICK_RESULT_CATEGORY, PICK_RESULT_BLOCK, status.m_arResult))
         outcome.message = MSG_PICK_BLOCK_NOT_SAVED;
     return outcome;
