@@ -237,14 +237,32 @@ void CCondStocks::ChangeToMinute5(CHisDay* bars, short& count) {
 
 // ---- Period map ----
 
+namespace {
+
+// The day number of a YYYYMMDD date whose year, month and day are in range; false otherwise.
+bool DayOfDate(int date, long* day) {
+    const int year = date / 10000, month = date / 100 % 100, dayOfMonth = date % 100;
+    if (year < 1 || month < 1 || month > 12 || dayOfMonth < 1 || dayOfMonth > 31) return false;
+    *day = ny::DayNumber(date);
+    return true;
+}
+
+// 1 = Sunday ... 7 = Saturday of a day number (day 0, 1970-01-01, was a Thursday).
+int WeekDayOf(long day) {
+    const long index = ((day + 4) % 7 + 7) % 7;
+    return static_cast<int>(index) + 1;
+}
+
+}  // namespace
+
 BOOL CCondStocks::IsSamePeriod(int earlier, int later) {
     switch (m_nPeriod) {
         case NY_PERIOD_WEEK: {
             // Weekday numbers run from Sunday (1) to Saturday (7): a later bar of the same week has
             // a higher number and lies less than seven days on.
-            const int earlierWeekday = ny::WeekDay(earlier), laterWeekday = ny::WeekDay(later);
-            if (earlierWeekday == 0 || laterWeekday == 0) return FALSE;
-            return laterWeekday > earlierWeekday && ny::DayNumber(later) - ny::DayNumber(earlier) < 7;
+            long earlierDay = 0, laterDay = 0;
+            if (!DayOfDate(earlier, &earlierDay) || !DayOfDate(later, &laterDay)) return FALSE;
+            return WeekDayOf(laterDay) > WeekDayOf(earlierDay) && laterDay - earlierDay < 7;
         }
         case NY_PERIOD_MONTH: return earlier / 100 == later / 100;
         case NY_PERIOD_QUARTER:

@@ -231,24 +231,9 @@ TEST_F(RequestPick, RefusalsSayWhy) {
     request.period = NY_PERIOD_MIN5;
     CClockModule::SetClock(20210331, 100000);
     EXPECT_EQ(refused(request), MSG_MINUTE_PICK_IN_TRADING_HOURS);
-}
-
-TEST_F(RequestPick, HistoryRangeAndBars) {
-    ny::PickRequest request = Request({{"UPMA", {}}});
-    request.scope = ny::PickScope::Codes;
-    request.stockIds = {all.begin(), all.end()};
-    request.fromDate = 20190101;
-    request.toDate = 20210331;
-    const ny::PickOutcome outcome = ny::RunPick(request, nullptr, nullptr);
-    ASSERT_TRUE(outcome.ok);
-    EXPECT_EQ(outcome.total, static_cast<int>(all.size()));
-    // Over two years nearly every stock closed above its average at least once; the indexes too.
-    EXPECT_GT(outcome.hits.size(), all.size() * 9 / 10);
     std::vector<CHisDay> bars;
     EXPECT_FALSE(ny::LoadStockBars(1777777, NY_PERIOD_DAY, false, &bars));
     EXPECT_FALSE(ny::LoadStockBars(all[0], 11, false, &bars));
-    ASSERT_TRUE(ny::LoadStockBars(all[0], NY_PERIOD_MONTH, true, &bars));
-    EXPECT_EQ(bars.back().m_lTime, 20210331);
 }
 
 }  // namespace
