@@ -108,13 +108,17 @@ TEST_F(BarData, TodaysQuoteOverwritesOrAppends) {
     ASSERT_EQ(days.size(), 3u);
     EXPECT_EQ(days[2].m_lTime, 20210106);
     EXPECT_FLOAT_EQ(days[2].m_fPreClose, 9);
-    // Growing past the buffers keeps the stored bars.
+    // The buffers hold 102 records since the first file: 101 stored bars and today's fill them,
+    // and growing keeps the stored bars.
+    ASSERT_EQ(engine.m_nBufSize, 102);
     std::vector<CHisDay> many;
-    for (int i = 0; i < 250; ++i) many.push_back(Bar(20200101 + i, static_cast<float>(i)));
+    for (int i = 0; i < 101; ++i) many.push_back(Bar(20200101 + i, static_cast<float>(i)));
     days = Day(many, NY_PERIOD_DAY);
-    ASSERT_EQ(days.size(), 251u);
-    EXPECT_FLOAT_EQ(days[249].m_fClose, 249);
-    EXPECT_FLOAT_EQ(days[250].m_fClose, 10.5f);
+    EXPECT_EQ(engine.m_nBufSize, 202);
+    ASSERT_EQ(days.size(), 102u);
+    EXPECT_FLOAT_EQ(days[0].m_fClose, 0);
+    EXPECT_FLOAT_EQ(days[100].m_fClose, 100);
+    EXPECT_FLOAT_EQ(days[101].m_fClose, 10.5f);
 }
 
 TEST_F(BarData, MissingAndTruncatedFiles) {
