@@ -118,8 +118,8 @@ void ReportPerStock(benchmark::State& state, size_t stocks) {
     state.counters["stocks"] = static_cast<double>(stocks);
     // Seconds for 5,000 stocks at the measured rate.
     state.counters["s_per_5000"] =
-        benchmark::Counter(static_cast<double>(stocks) / 5000.0, benchmark::Counter::kIsIterationInvariantRate |
-                                                                      benchmark::Counter::kInvert);
+        benchmark::Counter(static_cast<double>(stocks) / 5000.0,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 // End to end: the pick request, the engine's worker, every stock's files read and converted,
@@ -139,7 +139,11 @@ void BM_PickStandardCondition(benchmark::State& state) {
     ReportPerStock(state, market.Shares().size());
     state.counters["hits"] = static_cast<double>(hits);
 }
-BENCHMARK(BM_PickStandardCondition)->Arg(kLast280)->Arg(kFullHistory)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_PickStandardCondition)
+    ->Arg(kLast280)
+    ->Arg(kFullHistory)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 // The engine alone, without the request's scope and result block: each stock's files, pipeline,
 // evaluation and verdict on the calling thread.
@@ -168,8 +172,12 @@ void BM_LoadBars(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * market.Shares().size()));
     ReportPerStock(state, market.Shares().size());
 }
-BENCHMARK(BM_LoadBars)->Args({kLast280, NY_PERIOD_DAY})->Args({kFullHistory, NY_PERIOD_DAY})
-    ->Args({kFullHistory, NY_PERIOD_WEEK})->Args({kFullHistory, NY_PERIOD_MIN30})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadBars)
+    ->Args({kLast280, NY_PERIOD_DAY})
+    ->Args({kFullHistory, NY_PERIOD_DAY})
+    ->Args({kFullHistory, NY_PERIOD_WEEK})
+    ->Args({kFullHistory, NY_PERIOD_MIN30})
+    ->Unit(benchmark::kMillisecond);
 
 // Evaluation only: the standard set over each share's last 280 day bars, already in memory.
 void BM_EvaluateStandardSet(benchmark::State& state) {
@@ -195,7 +203,8 @@ void BM_EvaluateStandardSet(benchmark::State& state) {
         computed = 0;
         for (const CExpression* expr : formula->m_arExpressions) computed += expr->m_cComputed;
     }
-    if (computed != kStandardSet.size()) state.SkipWithError("a statement of the standard set did not compute");
+    if (computed != kStandardSet.size())
+        state.SkipWithError("a statement of the standard set did not compute");
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * bars.size() * 280));
     ReportPerStock(state, bars.size());
     state.SetLabel("items = bars");

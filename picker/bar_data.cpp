@@ -14,8 +14,7 @@
 #include "host/stockdb.h"
 #include "picker/cond_stocks.h"
 
-static_assert(std::endian::native == std::endian::little,
-              "bar files are read straight into CHisDay records");
+static_assert(std::endian::native == std::endian::little, "bar files are read straight into CHisDay records");
 
 namespace {
 
@@ -69,7 +68,8 @@ private:
         char* out = static_cast<char*>(into);
         size_t got = 0;
         while (got < wanted) {
-            const ssize_t n = ::pread(m_fd, out + got, wanted - got, static_cast<off_t>(offset + static_cast<long long>(got)));
+            const ssize_t n = ::pread(m_fd, out + got, wanted - got,
+                                      static_cast<off_t>(offset + static_cast<long long>(got)));
             if (n <= 0) break;
             got += static_cast<size_t>(n);
         }
@@ -137,7 +137,7 @@ BOOL CCondStocks::RequestData() {
 BOOL CCondStocks::LoadHisData() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr) return FALSE;
-    const CString path = m_nPeriod == NY_PERIOD_MIN1 ? stock->GetMinuteFilePath()
+    const CString path = m_nPeriod == NY_PERIOD_MIN1  ? stock->GetMinuteFilePath()
                          : m_nPeriod > NY_PERIOD_MIN1 ? stock->GetMin5FilePath()
                                                       : stock->GetDayFilePath();
     BarFile file(path);
@@ -152,8 +152,10 @@ BOOL CCondStocks::LoadHisData() {
 }
 
 BOOL CCondStocks::LoadRTData() {
-    if (m_nPeriod <= NY_PERIOD_YEAR) LoadRTData_Day();
-    else LoadRTData_Minute();
+    if (m_nPeriod <= NY_PERIOD_YEAR)
+        LoadRTData_Day();
+    else
+        LoadRTData_Minute();
     return TRUE;
 }
 
@@ -264,12 +266,16 @@ BOOL CCondStocks::IsSamePeriod(int earlier, int later) {
             if (!DayOfDate(earlier, &earlierDay) || !DayOfDate(later, &laterDay)) return FALSE;
             return WeekDayOf(laterDay) > WeekDayOf(earlierDay) && laterDay - earlierDay < 7;
         }
-        case NY_PERIOD_MONTH: return earlier / 100 == later / 100;
+        case NY_PERIOD_MONTH:
+            return earlier / 100 == later / 100;
         case NY_PERIOD_QUARTER:
-            return earlier / 10000 == later / 10000 && (earlier / 100 % 100 - 1) / 3 == (later / 100 % 100 - 1) / 3;
-        case NY_PERIOD_YEAR: return earlier / 10000 == later / 10000;
+            return earlier / 10000 == later / 10000 &&
+                   (earlier / 100 % 100 - 1) / 3 == (later / 100 % 100 - 1) / 3;
+        case NY_PERIOD_YEAR:
+            return earlier / 10000 == later / 10000;
         case NY_PERIOD_DAY:
-        case NY_PERIOD_MIN1: return earlier == later;
+        case NY_PERIOD_MIN1:
+            return earlier == later;
         default: {
             const CStock* stock = g_MyGetStock(m_lStockID);
             if (stock == nullptr) return FALSE;
@@ -306,8 +312,10 @@ void CCondStocks::ChangeDataType() {
         return;
     std::fill(m_pDrawData, m_pDrawData + m_nDrawCount, CHisDay{});
     const int firstRaw = m_pDrawNo[0].m_nFirst;
-    if (m_nPower == 1) MergeAdjusted(firstRaw, m_pDrawNo[m_nDrawCount - 1].m_nLast, stock->m_cMarket);
-    else MergeAsStored(firstRaw, stock->m_cMarket);
+    if (m_nPower == 1)
+        MergeAdjusted(firstRaw, m_pDrawNo[m_nDrawCount - 1].m_nLast, stock->m_cMarket);
+    else
+        MergeAsStored(firstRaw, stock->m_cMarket);
     // A price that came out as 0 shows the close before it.
     for (short p = 1; p < m_nDrawCount; ++p) {
         CHisDay& bar = m_pDrawData[p];
@@ -421,7 +429,8 @@ void CCondStocks::CalcVarPeriod() {
             continue;
         }
         run.m_lTime = bar.m_lTime;
-        if ((up && bar.m_fOpen < run.m_fOpen) || (!up && bar.m_fOpen > run.m_fOpen)) run.m_fOpen = bar.m_fOpen;
+        if ((up && bar.m_fOpen < run.m_fOpen) || (!up && bar.m_fOpen > run.m_fOpen))
+            run.m_fOpen = bar.m_fOpen;
         run.m_fHigh = std::max(run.m_fHigh, bar.m_fHigh);
         run.m_fLow = std::min(run.m_fLow, bar.m_fLow);
         run.m_fVolume += bar.m_fVolume;

@@ -103,7 +103,8 @@ BOOL CCondStocks::PrepareMinuteData(int time) {
         g_MyMessageBox(MSG_MINUTE_PICK_IN_TRADING_HOURS);
         return FALSE;
     }
-    const bool current = m_lLastUpdateMinuteDate >= date && (m_lLastUpdateMinuteTime >= 130000 || time <= 150000);
+    const bool current =
+        m_lLastUpdateMinuteDate >= date && (m_lLastUpdateMinuteTime >= 130000 || time <= 150000);
     if (!current) {
         ny::RunRefreshDialog(ny::RefreshMode::Minute, m_arStocks);
         m_lLastUpdateMinuteDate = date;
@@ -258,7 +259,8 @@ BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period
     RequestData();
     if (indicator == nullptr || m_pDrawData == nullptr || m_nDrawCount < 1) return FALSE;
     if (m_nDrawCount > kExploreBars) {
-        std::memmove(m_pDrawData, m_pDrawData + (m_nDrawCount - kExploreBars), sizeof(CHisDay) * kExploreBars);
+        std::memmove(m_pDrawData, m_pDrawData + (m_nDrawCount - kExploreBars),
+                     sizeof(CHisDay) * kExploreBars);
         m_nDrawCount = kExploreBars;
     }
     ComputeOnDrawData(indicator);

@@ -22,11 +22,11 @@
 
 // Progress and result of a pick.
 struct CondStocksSTATUS {
-    short m_nTotal = 0;          // stocks to examine
-    short m_nDone = 0;           // stocks examined so far
-    short m_nPicked = 0;         // stocks that met the conditions so far
-    std::vector<int> m_arResult; // picked ids, in the order of the stock list
-    short m_nRunning = 0;        // 1 while a pick runs
+    short m_nTotal = 0;           // stocks to examine
+    short m_nDone = 0;            // stocks examined so far
+    short m_nPicked = 0;          // stocks that met the conditions so far
+    std::vector<int> m_arResult;  // picked ids, in the order of the stock list
+    short m_nRunning = 0;         // 1 while a pick runs
 };
 
 // One output bar of the period map: the first and last stored bar that fall into it.
@@ -92,10 +92,10 @@ public:
     CondStocksSTATUS m_Status;
     std::vector<CIndicator*> m_arIndicators;  // the caller's; must outlive the pick
     std::vector<int> m_arStocks;
-    char m_cLogic = 0;                        // 1 AND, any other value OR
-    int m_lBeginDate = 0;                     // history range, YYYYMMDD; 0 = none
+    char m_cLogic = 0;     // 1 AND, any other value OR
+    int m_lBeginDate = 0;  // history range, YYYYMMDD; 0 = none
     int m_lEndDate = 0;
-    std::thread m_hThread;                    // the worker of the latest pick
+    std::thread m_hThread;  // the worker of the latest pick
     std::atomic<int> m_bStop{0};
     std::shared_ptr<ny::ManualResetEvent> m_hRTEvent;  // signalled when the quotes have arrived
     ny::CriticalSection m_csStatus;                    // guards m_Status
@@ -103,8 +103,8 @@ public:
     // Bar pipeline state.
     int m_lStockID = -1;
     short m_nPeriod = 1;
-    int m_nPower = 0;       // 1: adjust prices for ex-rights events
-    int m_nVarPeriod = 0;   // non-zero: regroup bars into runs up and down
+    int m_nPower = 0;                   // 1: adjust prices for ex-rights events
+    int m_nVarPeriod = 0;               // non-zero: regroup bars into runs up and down
     std::vector<CPowerData> m_arPower;  // ex-rights records of the stock, newest first
 
 protected:

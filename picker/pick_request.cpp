@@ -37,16 +37,24 @@ std::vector<int> ScopeStocks(const PickRequest& request) {
             if (stock->m_dwKind & bits) ids.insert(stock->m_lStockID);
     };
     switch (request.scope) {
-        case PickScope::AllA: byKind(NY_KIND_SH_A | NY_KIND_SZ_A); break;
-        case PickScope::ShanghaiA: byKind(NY_KIND_SH_A); break;
-        case PickScope::ShenzhenA: byKind(NY_KIND_SZ_A); break;
+        case PickScope::AllA:
+            byKind(NY_KIND_SH_A | NY_KIND_SZ_A);
+            break;
+        case PickScope::ShanghaiA:
+            byKind(NY_KIND_SH_A);
+            break;
+        case PickScope::ShenzhenA:
+            byKind(NY_KIND_SZ_A);
+            break;
         case PickScope::Block: {
             std::vector<CStock*> stocks;
             CGroup::GetStock(request.blockCategory, request.blockName, stocks);
             for (const CStock* stock : stocks) ids.insert(stock->m_lStockID);
             break;
         }
-        case PickScope::Codes: ids.insert(request.stockIds.begin(), request.stockIds.end()); break;
+        case PickScope::Codes:
+            ids.insert(request.stockIds.begin(), request.stockIds.end());
+            break;
     }
     return std::vector<int>(ids.begin(), ids.end());
 }
@@ -78,8 +86,10 @@ bool PrepareConditions(const PickRequest& request, std::vector<std::unique_ptr<C
 
 // Refuses a request that can't run; the message says why.
 bool CheckRequest(const PickRequest& request, CString* message) {
-    if (request.conditions.empty()) *message = MSG_PICK_NO_CONDITION;
-    else if (request.period < NY_PERIOD_DAY || request.period > NY_PERIOD_MIN60) *message = MSG_PICK_BAD_PERIOD;
+    if (request.conditions.empty())
+        *message = MSG_PICK_NO_CONDITION;
+    else if (request.period < NY_PERIOD_DAY || request.period > NY_PERIOD_MIN60)
+        *message = MSG_PICK_BAD_PERIOD;
     else if (request.fromDate > 0 && request.toDate > 0 && request.toDate < request.fromDate)
         *message = MSG_PICK_DATES_REVERSED;
     return message->empty();
@@ -90,9 +100,10 @@ bool CheckRequest(const PickRequest& request, CString* message) {
 std::vector<float> LastValues(const std::vector<std::unique_ptr<CIndicator>>& conditions, short bars) {
     std::vector<float> values;
     for (const auto& condition : conditions) {
-        const CExpression* verdict = condition->m_arExpressions.empty() ? nullptr : condition->m_arExpressions.back();
-        const bool computed = verdict != nullptr && verdict->m_cComputed == 1 && bars > 0 &&
-                              bars <= verdict->m_nAllocBars;
+        const CExpression* verdict =
+            condition->m_arExpressions.empty() ? nullptr : condition->m_arExpressions.back();
+        const bool computed =
+            verdict != nullptr && verdict->m_cComputed == 1 && bars > 0 && bars <= verdict->m_nAllocBars;
         values.push_back(computed ? verdict->m_pData[bars - 1] : std::numeric_limits<float>::quiet_NaN());
     }
     return values;
@@ -104,7 +115,8 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
                     const std::function<bool()>& stopRequested) {
     PickOutcome outcome;
     std::vector<std::unique_ptr<CIndicator>> conditions;
-    if (!CheckRequest(request, &outcome.message) || !PrepareConditions(request, &conditions, &outcome.message))
+    if (!CheckRequest(request, &outcome.message) ||
+        !PrepareConditions(request, &conditions, &outcome.message))
         return outcome;
     std::vector<int> stocks = ScopeStocks(request);
     if (stocks.empty()) {
@@ -121,8 +133,8 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
     engine.m_fnItemDone = [&outcome, &conditions, &engine](int id, BOOL picked) {
         if (picked) outcome.hits.push_back(PickHit{id, LastValues(conditions, engine.DrawCount())});
     };
-    if (!engine.Play(indicators, request.andMode ? 1 : 2, stocks, request.period, request.adjustPower ? 1 : 0, 0,
-                     history ? request.fromDate : 0, history ? request.toDate : 0, 0)) {
+    if (!engine.Play(indicators, request.andMode ? 1 : 2, stocks, request.period, request.adjustPower ? 1 : 0,
+                     0, history ? request.fromDate : 0, history ? request.toDate : 0, 0)) {
         outcome.message = MSG_MINUTE_PICK_IN_TRADING_HOURS;
         return outcome;
     }

@@ -10,8 +10,10 @@ void CCondStocks::LoadPower() {
     m_arPower.clear();
     // Shanghai records are found by the full id, Shenzhen records by the code; other markets
     // have none.
-    if (stock->m_cMarket == NY_MARKET_SH) g_MyLoadPowerById(m_arPower, m_lStockID);
-    else if (stock->m_cMarket == NY_MARKET_SZ) g_MyLoadPowerById(m_arPower, m_lStockID % 1000000);
+    if (stock->m_cMarket == NY_MARKET_SH)
+        g_MyLoadPowerById(m_arPower, m_lStockID);
+    else if (stock->m_cMarket == NY_MARKET_SZ)
+        g_MyLoadPowerById(m_arPower, m_lStockID % 1000000);
 }
 
 int CCondStocks::GetStartCQ(int date, CPowerData& record) {

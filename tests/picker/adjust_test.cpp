@@ -19,7 +19,8 @@ protected:
     Adjustment() : market("SH600001,Share,GP,A\nSZ000002,Two,ET,A\nHK000005,Hk,HK,STOCK\n") {}
 
     // Bars of the Shanghai share with the given records, adjusted.
-    std::vector<CHisDay> Adjusted(const std::vector<CHisDay>& bars, const std::vector<CPowerData>& oldestFirst) {
+    std::vector<CHisDay> Adjusted(const std::vector<CHisDay>& bars,
+                                  const std::vector<CPowerData>& oldestFirst) {
         market.Day("data/sh/day/600001.day", bars);
         market.Power("data/sh/power/600001.pwr", oldestFirst);
         EXPECT_TRUE(market.Open());
@@ -94,8 +95,9 @@ TEST_F(Adjustment, EventsBetweenBarsActAtTheNextBarAndMultiply) {
 
 TEST_F(Adjustment, EventsWithoutEffect) {
     // After the last bar, on the first bar's day, and too small to matter.
-    const auto bars = Adjusted({Bar(20210104, 10), Bar(20210105, 10), Bar(20210106, 10), Bar(20210107, 10)},
-                               {Event(20210104, 2), Event(20210105, 2), Event(20210107, 0.0005f), Event(20210201, 5)});
+    const auto bars =
+        Adjusted({Bar(20210104, 10), Bar(20210105, 10), Bar(20210106, 10), Bar(20210107, 10)},
+                 {Event(20210104, 2), Event(20210105, 2), Event(20210107, 0.0005f), Event(20210201, 5)});
     // Only the dividend of 01-05 acts, on the bar of 01-04; the tiny one of 01-07 is passed over.
     EXPECT_FLOAT_EQ(bars[0].m_fClose, 9.8f);
     EXPECT_FLOAT_EQ(bars[1].m_fClose, 10);

@@ -30,7 +30,8 @@ protected:
     // Minute bars of 2021-01-08 (YYMMDDHHMM) at the given times, closes counting up from 10.
     static std::vector<CHisDay> Minutes(const std::vector<int>& hhmm, int date = 2101080000) {
         std::vector<CHisDay> bars;
-        for (size_t i = 0; i < hhmm.size(); ++i) bars.push_back(Bar(date + hhmm[i], 10 + static_cast<float>(i)));
+        for (size_t i = 0; i < hhmm.size(); ++i)
+            bars.push_back(Bar(date + hhmm[i], 10 + static_cast<float>(i)));
         return bars;
     }
 
@@ -98,7 +99,7 @@ TEST_F(BarData, TodaysQuoteOverwritesOrAppends) {
     const std::string header = "code,open,high,low,last,volume,amount\n";
     market.Write("data/quotes.csv", "date=20210105\n" + header + "SH600001,0,0,9.5,10.5,300,3000\n");
     auto days = Day({Bar(20210104, 8), Bar(20210105, 9)}, NY_PERIOD_DAY);
-    ASSERT_EQ(days.size(), 2u);  // today's stored bar is replaced
+    ASSERT_EQ(days.size(), 2u);               // today's stored bar is replaced
     EXPECT_FLOAT_EQ(days[1].m_fOpen, 10.5f);  // an open of 0 takes the latest price, as does the high
     EXPECT_FLOAT_EQ(days[1].m_fHigh, 10.5f);
     EXPECT_FLOAT_EQ(days[1].m_fLow, 9.5f);
@@ -139,7 +140,7 @@ TEST_F(BarData, MinuteFileFoldsIntoFiveMinuteBars) {
     auto bars = engine.Load(kShare, NY_PERIOD_MIN5);
     ASSERT_EQ(bars.size(), 4u);
     EXPECT_EQ(bars[2].m_lTime, 2101080935);
-    EXPECT_FLOAT_EQ(bars[2].m_fOpen, 10);   // the opening minute joins the first slot
+    EXPECT_FLOAT_EQ(bars[2].m_fOpen, 10);  // the opening minute joins the first slot
     EXPECT_FLOAT_EQ(bars[2].m_fClose, 15);
     EXPECT_FLOAT_EQ(bars[2].m_fHigh, 16);
     EXPECT_FLOAT_EQ(bars[2].m_fVolume, 600);
@@ -263,11 +264,14 @@ TEST_F(SampleMarketBars, DayBasedPeriodsAgreeWithCalendarGroups) {
         const std::vector<CHisDay> stored = ny::ReadBarFile(stock->GetDayFilePath());
         const std::string code = ny::FormatStockCode(stock->m_lStockID);
         EXPECT_EQ(engine.Load(stock->m_lStockID, NY_PERIOD_DAY).size(), stored.size()) << code;
-        ExpectSameBars(Aggregate(stored, week), engine.Load(stock->m_lStockID, NY_PERIOD_WEEK), false, code + " week");
-        ExpectSameBars(Aggregate(stored, month), engine.Load(stock->m_lStockID, NY_PERIOD_MONTH), false, code + " month");
+        ExpectSameBars(Aggregate(stored, week), engine.Load(stock->m_lStockID, NY_PERIOD_WEEK), false,
+                       code + " week");
+        ExpectSameBars(Aggregate(stored, month), engine.Load(stock->m_lStockID, NY_PERIOD_MONTH), false,
+                       code + " month");
         ExpectSameBars(Aggregate(stored, quarter), engine.Load(stock->m_lStockID, NY_PERIOD_QUARTER), false,
                        code + " quarter");
-        ExpectSameBars(Aggregate(stored, year), engine.Load(stock->m_lStockID, NY_PERIOD_YEAR), false, code + " year");
+        ExpectSameBars(Aggregate(stored, year), engine.Load(stock->m_lStockID, NY_PERIOD_YEAR), false,
+                       code + " year");
     }
 }
 
@@ -286,10 +290,14 @@ TEST_F(SampleMarketBars, MinutePeriodsAgreeWithTradingSlots) {
         const std::vector<CHisDay> stored = ny::ReadBarFile(stock->GetMin5FilePath());
         const std::string code = ny::FormatStockCode(stock->m_lStockID);
         ASSERT_FALSE(stored.empty()) << code;
-        ExpectSameBars(Aggregate(stored, slot(5)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN5), true, code + " 5");
-        ExpectSameBars(Aggregate(stored, slot(15)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN15), true, code + " 15");
-        ExpectSameBars(Aggregate(stored, slot(30)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN30), true, code + " 30");
-        ExpectSameBars(Aggregate(stored, slot(60)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN60), true, code + " 60");
+        ExpectSameBars(Aggregate(stored, slot(5)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN5), true,
+                       code + " 5");
+        ExpectSameBars(Aggregate(stored, slot(15)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN15), true,
+                       code + " 15");
+        ExpectSameBars(Aggregate(stored, slot(30)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN30), true,
+                       code + " 30");
+        ExpectSameBars(Aggregate(stored, slot(60)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN60), true,
+                       code + " 60");
         EXPECT_EQ(engine.Load(stock->m_lStockID, NY_PERIOD_MIN1).size(), 241u) << code;
     }
 }
@@ -313,7 +321,8 @@ TEST_F(SampleMarketBars, AdjustedPricesRunSmoothlyAcrossEvents) {
             for (size_t b = 0; b < at; ++b) factor[b] *= ratio;
             const double rawMove = stored[at].m_fClose / stored[at - 1].m_fClose;
             const double adjustedMove = adjusted[at].m_fClose / adjusted[at - 1].m_fClose;
-            EXPECT_NEAR(adjustedMove, 1, 0.2) << ny::FormatStockCode(stock->m_lStockID) << " " << event.m_lDate;
+            EXPECT_NEAR(adjustedMove, 1, 0.2)
+                << ny::FormatStockCode(stock->m_lStockID) << " " << event.m_lDate;
             if (event.m_fGive >= 4) {
                 ++bonusEvents;
                 EXPECT_LT(rawMove, 0.8);

@@ -183,7 +183,7 @@ TEST_F(Picking, StatusAndNotification) {
     EXPECT_EQ(status.m_nDone, 3);
     EXPECT_EQ(status.m_nPicked, 2);  // the unknown stock is examined, not picked
     EXPECT_EQ(status.m_arResult, (std::vector<int>{kShare, kShare}));
-    engine.Stop();  // joins nothing new: the pick has ended
+    EXPECT_TRUE(engine.Stop());  // nothing runs: at once
     EXPECT_EQ(g_notified, 4);  // once per stock and once at the end
     EXPECT_EQ(g_lastRunning, 0);
 }
@@ -200,7 +200,7 @@ TEST_F(Picking, LastBarVerdictAndTheMergeOfConditions) {
     EXPECT_TRUE(Picked({negative.get(), zero.get()}, 2));  // OR: -1 counts as true
     EXPECT_FALSE(Picked({positive.get(), zero.get()}, 1));
     EXPECT_TRUE(Picked({positive.get(), negative.get()}, 1));  // AND of two non-zero values
-    EXPECT_TRUE(Picked({zero.get(), positive.get()}, 0));  // any logic but 1 is OR
+    EXPECT_TRUE(Picked({zero.get(), positive.get()}, 0));      // any logic but 1 is OR
     // Conditions that fail or have no statement don't take part.
     EXPECT_TRUE(Picked({failing.get(), positive.get(), empty.get(), nullptr}, 1));
     EXPECT_FALSE(Picked({failing.get()}, 1));
@@ -208,10 +208,10 @@ TEST_F(Picking, LastBarVerdictAndTheMergeOfConditions) {
 
 TEST_F(Picking, HistoryRangeVerdict) {
     auto rising = MakeFormula({{"X", "C>15"}});
-    EXPECT_TRUE(Picked({rising.get()}, 1));                         // the last bar
-    EXPECT_FALSE(Picked({rising.get()}, 1, 20210104, 20210111));    // closes 10 to 15
-    EXPECT_TRUE(Picked({rising.get()}, 1, 20210112, 20210112));     // close 16
-    EXPECT_FALSE(Picked({rising.get()}, 1, 20210104, 0));           // no bar lies in the range
+    EXPECT_TRUE(Picked({rising.get()}, 1));                       // the last bar
+    EXPECT_FALSE(Picked({rising.get()}, 1, 20210104, 20210111));  // closes 10 to 15
+    EXPECT_TRUE(Picked({rising.get()}, 1, 20210112, 20210112));   // close 16
+    EXPECT_FALSE(Picked({rising.get()}, 1, 20210104, 0));         // no bar lies in the range
     EXPECT_TRUE(Picked({rising.get()}, 1, 0, 20210115));
     // Minute bars are dated by their stamp.
     market.Write("data/sh/min5/600001.mn5", ny::EncodeBars({Bar(2101070935, 20), Bar(2101080935, 5)}));

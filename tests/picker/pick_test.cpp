@@ -35,8 +35,8 @@ std::unique_ptr<CIndicator> Condition(const Statements& statements, const std::s
 }
 
 // The verdict of one stock, evaluated on its own: fresh formulas over the stock's bars.
-bool PickedAlone(int id, const std::vector<const Statements*>& conditions, short n, bool andMode, short period,
-                 bool adjust) {
+bool PickedAlone(int id, const std::vector<const Statements*>& conditions, short n, bool andMode,
+                 short period, bool adjust) {
     std::vector<CHisDay> bars;
     if (!ny::LoadStockBars(id, period, adjust, &bars)) return false;
     std::vector<float> last;
@@ -88,8 +88,8 @@ protected:
     }
 
     // The ids picked by the engine, run to its end.
-    std::vector<int> Pick(std::vector<CIndicator*> indicators, char logic, std::vector<int> stocks, short period,
-                          int power) {
+    std::vector<int> Pick(std::vector<CIndicator*> indicators, char logic, std::vector<int> stocks,
+                          short period, int power) {
         CCondStocks engine;
         EXPECT_TRUE(engine.Play(indicators, logic, stocks, period, power, 0, 0, 0, 0));
         CondStocksSTATUS status;
@@ -153,7 +153,8 @@ TEST_F(MarketPick, StopEndsAPickWithTheHitsSoFar) {
     EXPECT_EQ(status.m_arResult, expected);
     // The same engine runs the next pick at once.
     const std::vector<int> again = Pick({above.get()}, 1, all, NY_PERIOD_DAY, 0);
-    EXPECT_EQ(again.size(), static_cast<size_t>(std::count_if(alone.begin(), alone.end(), [](auto& e) { return e.second; })));
+    EXPECT_EQ(again.size(), static_cast<size_t>(
+                                std::count_if(alone.begin(), alone.end(), [](auto& e) { return e.second; })));
 }
 
 class RequestPick : public MarketPick {

@@ -65,10 +65,10 @@ inline CPowerData Event(int date, float profit, float give = 0, float capital = 
 // A small installation: the stock list given, no quotes unless written.
 class Market {
 public:
-    explicit Market(const std::string& stocks) {
-        m_dir.Write("data/stocks.csv", stocks);
+    explicit Market(const std::string& stocks) { m_dir.Write("data/stocks.csv", stocks); }
+    void Day(const std::string& file, const std::vector<CHisDay>& bars) {
+        m_dir.Write(file, ny::EncodeBars(bars));
     }
-    void Day(const std::string& file, const std::vector<CHisDay>& bars) { m_dir.Write(file, ny::EncodeBars(bars)); }
     void Power(const std::string& file, std::vector<CPowerData> oldestFirst) {
         m_dir.Write(file, ny::EncodePower(oldestFirst));
     }
@@ -82,8 +82,8 @@ private:
 
 // A formula of the given statements ("NAME", "TEXT" pairs in upper case); the last one is the
 // verdict of a condition.
-inline std::unique_ptr<CIndicator> MakeFormula(const std::vector<std::pair<std::string, std::string>>& statements,
-                                               const std::string& name = "T") {
+inline std::unique_ptr<CIndicator> MakeFormula(
+    const std::vector<std::pair<std::string, std::string>>& statements, const std::string& name = "T") {
     auto formula = std::make_unique<CIndicator>();
     formula->m_strName = name;
     formula->m_MainType = NY_KIND_CONDITION;
