@@ -130,14 +130,11 @@ void CCondStocks::PrepareQuotes(int time, int ask) {
 }
 
 void CCondStocks::StartWorker() {
+    InitStatus();
     {
         ny::CriticalSectionLock guard(m_csStatus);
         m_Status.m_nTotal = static_cast<short>(m_arStocks.size());
-        m_Status.m_nDone = 0;
-        m_Status.m_nPicked = 0;
         m_Status.m_nRunning = 1;
-        m_Status.m_arResult.clear();
-        m_Status.m_arResult.reserve(kResultGrowth);
     }
     m_bStop = 0;
     m_hThread = std::thread(&CCondStocks::ProcCondPick, this);
@@ -250,14 +247,19 @@ BOOL CCondStocks::Verdict() const {
 
 // ---- Single-stock services ----
 
-BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period, int power, int varPeriod) {
+// Loads a stock's bars outside a pick; true if any came out.
+bool CCondStocks::LoadStock(int stockId, short period, int power, int varPeriod) {
     m_lStockID = stockId;
     m_nPeriod = period;
     m_nPower = power;
     m_nVarPeriod = varPeriod;
     LoadPower();
     RequestData();
-    if (indicator == nullptr || m_pDrawData == nullptr || m_nDrawCount < 1) return FALSE;
+    return m_pDrawData != nullptr && m_nDrawCount > 0;
+}
+
+BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period, int power, int varPeriod) {
+    if (!LoadStock(stockId, period, power, varPeriod) || indicator == nullptr) return FALSE;
     if (m_nDrawCount > kExploreBars) {
         std::memmove(m_pDrawData, m_pDrawData + (m_nDrawCount - kExploreBars),
                      sizeof(CHisDay) * kExploreBars);
@@ -268,13 +270,7 @@ BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period
 }
 
 BOOL CCondStocks::BeforeExplore(int stockId, int beginDate, int endDate, short period, int power) {
-    m_lStockID = stockId;
-    m_nPeriod = period;
-    m_nPower = power;
-    m_nVarPeriod = 0;
-    LoadPower();
-    RequestData();
-    if (m_pDrawData == nullptr || m_nDrawCount < 1) return FALSE;
+    if (!LoadStock(stockId, period, power, 0)) return FALSE;
     if (beginDate < 1 || endDate < 1 || beginDate >= endDate) return TRUE;
     // The range is compared with the date of each bar, which for minute bars is part of the stamp.
     auto firstOnOrAfter = [this](int date) {

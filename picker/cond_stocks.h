@@ -147,6 +147,7 @@ private:
     void WaitForQuotes();
     void SetRunning(short running);
     short Running();
+    bool LoadStock(int stockId, short period, int power, int varPeriod);
     void ComputeOnDrawData(CIndicator* indicator);
     void MergeVerdicts();
     BOOL Verdict() const;
