@@ -13,6 +13,7 @@
 #include "host/stockdb.h"
 #include "model/library.h"
 #include "picker/pick_request.h"
+#include "picker/refresh.h"
 #include "tests/picker/picker_fixture.h"
 
 namespace {
@@ -200,10 +201,15 @@ TEST_F(RequestPick, RunsThroughTheEngineAndStoresTheBlock) {
 
 TEST_F(RequestPick, StopRequestEndsThePick) {
     ASSERT_TRUE(CGroup::CreateGroup("自定义", "智能选股", {600000}));
+    // The quotes are asked for and held back, so the stop comes while the worker waits for them.
+    CCondStocks::m_lLastUpdateDate = 0;
+    ny::HoldQuoteAnswers(true);
     const ny::PickOutcome outcome = ny::RunPick(Request({{"UPMA", {}}}), nullptr, [] { return true; });
+    ny::HoldQuoteAnswers(false);
     ASSERT_TRUE(outcome.ok);
     EXPECT_TRUE(outcome.stopped);
-    EXPECT_LT(outcome.examined, outcome.total);
+    EXPECT_EQ(outcome.examined, 0);
+    EXPECT_EQ(outcome.total, 40);
     // A stopped pick leaves the block as it was.
     EXPECT_EQ(CGroup::ReadGroupFile("自定义", "智能选股"), std::vector<int>{600000});
 }
