@@ -19,3 +19,7 @@
 #include "model/hisday.h"
 #include "model/indicator.h"
 #include "model/library.h"
+#include "picker/cond_stocks.h"
+#include "picker/pick_request.h"
+#include "picker/refresh.h"
+#include "platform/sync.h"

@@ -2,6 +2,8 @@
 // it goes. Each level is one loop over the characters at the cursor; operands come from the next
 // level into pooled, zero-filled buffers and are combined into `out` bar by bar.
 
+#include <cstring>
+
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -10,6 +12,35 @@ using ny::Op;
 namespace {
 
 enum class Slot { Start, AfterOperand, AfterOperator };
+
+template <typename F>
+void ForEachBar(float* out, const float* r, const ny::BarSpan& span, F apply) {
+    for (int i = span.first; i <= span.last; ++i) out[i] = apply(out[i], r[i]);
+}
+
+// Combines two series bar by bar. The operator is chosen once, outside the loop over the bars.
+void CombineSeries(float* out, const float* r, Op op, const ny::BarSpan& span) {
+    using ny::Apply;
+    switch (op) {
+        case Op::None:
+            if (span.first <= span.last)
+                std::memcpy(out + span.first, r + span.first,
+                            sizeof(float) * (span.last - span.first + 1));
+            return;
+        case Op::Add: return ForEachBar(out, r, span, [](float l, float x) { return l + x; });
+        case Op::Sub: return ForEachBar(out, r, span, [](float l, float x) { return l - x; });
+        case Op::Mul: return ForEachBar(out, r, span, [](float l, float x) { return l * x; });
+        case Op::Div: return ForEachBar(out, r, span, [](float l, float x) { return l / x; });
+        case Op::And: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::And, l, x); });
+        case Op::Or: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::Or, l, x); });
+        case Op::Greater: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::Greater, l, x); });
+        case Op::GreaterEqual: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::GreaterEqual, l, x); });
+        case Op::Less: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::Less, l, x); });
+        case Op::LessEqual: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::LessEqual, l, x); });
+        case Op::Equal: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::Equal, l, x); });
+        case Op::NotEqual: return ForEachBar(out, r, span, [](float l, float x) { return Apply(Op::NotEqual, l, x); });
+    }
+}
 
 // Combines operand R into the running value L held in `out`; `lSeries` is L's is-series flag and
 // becomes 1 when a series meets a constant.
@@ -30,7 +61,7 @@ void Combine(float* out, char* lSeries, float* r, char rSeries, Op op, short fro
         }
         return;
     }
-    for (int i = span.first; i <= span.last; ++i) out[i] = ny::Apply(op, out[i], r[i]);
+    CombineSeries(out, r, op, span);
 }
 
 bool AtStatementEnd(char c) { return c == ';' || c == ',' || c == ')' || c == '\0'; }

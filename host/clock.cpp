@@ -65,9 +65,9 @@ bool ValidDate(int date) {
     return CivilFromDays(DaysFromCivil(year, month, day)) == date;
 }
 
-long DayNumber(int date) { return DaysFromCivil(date / 10000, date / 100 % 100, date % 100); }
-
 }  // namespace
+
+long DayNumber(int date) { return DaysFromCivil(date / 10000, date / 100 % 100, date % 100); }
 
 int WeekDay(int date) {
     if (!ValidDate(date)) return 0;

@@ -38,6 +38,8 @@ public:
 extern int g_MyCurTradeDate;
 
 namespace ny {
+// Days since 1970-01-01 of a valid YYYYMMDD date.
+long DayNumber(int date);
 // 1 = Sunday ... 7 = Saturday, for a YYYYMMDD date; 0 for an invalid date.
 int WeekDay(int date);
 // The last weekday on or before a YYYYMMDD date.

@@ -33,7 +33,8 @@ struct PickRequest {
     int toDate = 0;
 };
 
-// A picked stock and, per condition, the last value of its verdict statement.
+// A picked stock and, per condition, the last value of its verdict statement (NaN if that
+// condition did not compute for the stock).
 struct PickHit {
     int stockId = 0;
     std::vector<float> lastValues;
@@ -50,8 +51,12 @@ struct PickOutcome {
 
 // Runs a pick and waits for it. `progress` is called on the calling thread, about every 100 ms,
 // with the stocks done and the total; `stopRequested` is polled as often, and a true answer ends
-// the pick promptly with the hits found so far. On success the picked ids are stored as the
-// block "智能选股" of the category "自定义".
+// the pick promptly with the hits found so far. When the pick ran to its end the picked ids are
+// stored as the block "智能选股" of the category "自定义" (a stopped pick leaves the block alone);
+// if the block can't be written the outcome is still ok and `message` says so.
+// Refusals (`ok` false, `message` one of the texts below): no condition, a condition that is not
+// in the library or has more values than parameters, a period outside 1 to 10, reversed dates,
+// an empty scope, and a minute-based pick during trading hours.
 PickOutcome RunPick(const PickRequest& request,
                     const std::function<void(int done, int total)>& progress,
                     const std::function<bool()>& stopRequested);
@@ -59,5 +64,13 @@ PickOutcome RunPick(const PickRequest& request,
 // The bars of a stock of the installation in a period, optionally adjusted for ex-rights
 // events, through the same pipeline as a pick. False if the stock has no data.
 bool LoadStockBars(int stockId, short period, bool adjustPower, std::vector<CHisDay>* bars);
+
+extern const char* const MSG_PICK_NO_CONDITION;       // "请加入选股条件"
+extern const char* const MSG_PICK_NO_STOCKS;          // "请选择选股票范围"
+extern const char* const MSG_PICK_DATES_REVERSED;     // "起始日期应在终止日期之前"
+extern const char* const MSG_PICK_UNKNOWN_CONDITION;  // followed by the name
+extern const char* const MSG_PICK_TOO_MANY_PARAMS;    // followed by the name
+extern const char* const MSG_PICK_BAD_PERIOD;
+extern const char* const MSG_PICK_BLOCK_NOT_SAVED;
 
 }  // namespace ny

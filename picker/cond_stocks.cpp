@@ -1,0 +1,294 @@
+// The picking engine: Play and its clock rules, the worker, the status, one stock's verdict, and
+// the single-stock services.
+
+#include "picker/cond_stocks.h"
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+
+#include "host/clock.h"
+#include "host/global.h"
+#include "picker/refresh.h"
+
+const char* const MY_EVENT_CondStocks_ADDRTDATA = "MY_EVENT_CondStocks_ADDRTDATA";
+const char* const MSG_MINUTE_PICK_IN_TRADING_HOURS = "分钟数据只能在收盘后进行下载和选股！";
+
+int CCondStocks::m_lLastUpdateDate = 0;
+int CCondStocks::m_lLastUpdateTime = 0;
+int CCondStocks::m_lLastUpdateMinuteDate = 0;
+int CCondStocks::m_lLastUpdateMinuteTime = 0;
+
+namespace {
+
+constexpr int kQuoteWaitMs = 5000;
+constexpr int kStopPollMs = 10;
+constexpr short kExploreBars = 280;
+constexpr size_t kResultGrowth = 1000;
+
+// Minutes of the day of an HHMMSS time.
+int MinuteOfDay(int time) { return time / 10000 * 60 + time / 100 % 100; }
+
+}  // namespace
+
+CCondStocks::CCondStocks() : m_hRTEvent(ny::OpenNamedEvent(MY_EVENT_CondStocks_ADDRTDATA, false)) {
+    InitStatus();
+}
+
+CCondStocks::~CCondStocks() {
+    Stop();
+    if (m_hThread.joinable()) m_hThread.join();
+    Free();
+}
+
+void CCondStocks::InitStatus() {
+    ny::CriticalSectionLock guard(m_csStatus);
+    m_Status.m_nTotal = 0;
+    m_Status.m_nDone = 0;
+    m_Status.m_nPicked = 0;
+    m_Status.m_nRunning = 0;
+    m_Status.m_arResult.clear();
+    m_Status.m_arResult.reserve(kResultGrowth);
+}
+
+void CCondStocks::SetNotifyProc(NotifyProc proc) { m_pfnNotify = proc; }
+
+void CCondStocks::SetRunning(short running) {
+    ny::CriticalSectionLock guard(m_csStatus);
+    m_Status.m_nRunning = running;
+}
+
+short CCondStocks::Running() {
+    ny::CriticalSectionLock guard(m_csStatus);
+    return m_Status.m_nRunning;
+}
+
+// ---- Starting a pick ----
+
+BOOL CCondStocks::Play(std::vector<CIndicator*>& indicators, char logic, std::vector<int>& stocks,
+                       short period, int power, int varPeriod, int beginDate, int endDate, int ask) {
+    if (Running() == 1 || indicators.empty() || stocks.empty()) return FALSE;
+    // The worker of the previous pick has left its loop; let it end before its state is reused.
+    if (m_hThread.joinable()) m_hThread.join();
+    m_arIndicators = indicators;
+    m_arStocks = stocks;
+    m_cLogic = logic;
+    m_nPeriod = period;
+    m_nPower = power;
+    m_nVarPeriod = varPeriod;
+    m_lBeginDate = beginDate;
+    m_lEndDate = endDate;
+
+    const int time = CClockModule::m_SystemTime;
+    // Signalled unless a quote request below clears it: the worker then does not wait.
+    m_hRTEvent->Set();
+    if (period > NY_PERIOD_YEAR) {
+        if (!PrepareMinuteData(time)) return FALSE;
+    } else {
+        PrepareQuotes(time, ask);
+    }
+    StartWorker();
+    return TRUE;
+}
+
+// The day's 1-minute data can be fetched only while the market is closed: at noon, after the
+// close and on weekends. During trading hours a minute-based pick is refused, except before
+// 09:15 when there is nothing of the day to fetch yet.
+BOOL CCondStocks::PrepareMinuteData(int time) {
+    const int date = CClockModule::m_SystemDate;
+    const int weekday = ny::WeekDay(date);
+    const bool closed = (time >= 113001 && time < 130000) || time >= 150001 || weekday == 1 || weekday == 7;
+    if (!closed) {
+        if (time < 91500) return TRUE;
+        g_MyMessageBox(MSG_MINUTE_PICK_IN_TRADING_HOURS);
+        return FALSE;
+    }
+    const bool current =
+        m_lLastUpdateMinuteDate >= date && (m_lLastUpdateMinuteTime >= 130000 || time <= 150000);
+    if (!current) {
+        ny::RunRefreshDialog(ny::RefreshMode::Minute, m_arStocks);
+        m_lLastUpdateMinuteDate = date;
+        m_lLastUpdateMinuteTime = time;
+    }
+    return TRUE;
+}
+
+// Quotes fetched less than ten minutes ago are current; otherwise they are fetched again, by the
+// refresh dialog or by a request whose answer the worker waits for.
+void CCondStocks::PrepareQuotes(int time, int ask) {
+    const int date = CClockModule::m_SystemDate;
+    const bool current = m_lLastUpdateDate >= date && MinuteOfDay(m_lLastUpdateTime) + 10 > MinuteOfDay(time);
+    if (current) return;
+    if (ask == 1) {
+        ny::RunRefreshDialog(ny::RefreshMode::Quotes, m_arStocks);
+    } else {
+        m_hRTEvent->Reset();
+        AddRTData();
+    }
+    m_lLastUpdateDate = date;
+    m_lLastUpdateTime = time;
+}
+
+void CCondStocks::StartWorker() {
+    InitStatus();
+    {
+        ny::CriticalSectionLock guard(m_csStatus);
+        m_Status.m_nTotal = static_cast<short>(m_arStocks.size());
+        m_Status.m_nRunning = 1;
+    }
+    m_bStop = 0;
+    m_hThread = std::thread(&CCondStocks::ProcCondPick, this);
+}
+
+// ---- Stop and status ----
+
+BOOL CCondStocks::Stop() {
+    if (Running() == 1) m_bStop = 1;
+    while (Running() == 1) std::this_thread::sleep_for(std::chrono::milliseconds(kStopPollMs));
+    return TRUE;
+}
+
+BOOL CCondStocks::QueryStatus(CondStocksSTATUS* status) {
+    if (status == nullptr) return FALSE;
+    ny::CriticalSectionLock guard(m_csStatus);
+    *status = m_Status;
+    return TRUE;
+}
+
+// ---- The worker ----
+
+// Waits at most 5 s for the quotes; a stop request ends the wait too.
+void CCondStocks::WaitForQuotes() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kQuoteWaitMs);
+    while (m_bStop == 0 && std::chrono::steady_clock::now() < deadline)
+        if (m_hRTEvent->Wait(std::chrono::milliseconds(kStopPollMs))) return;
+}
+
+void CCondStocks::ProcCondPick() {
+    WaitForQuotes();
+    const size_t count = m_arStocks.size();
+    for (size_t i = 0; i < count && m_bStop == 0; ++i) {
+        const int id = m_arStocks[i];
+        const BOOL picked = ProcCondPick_Item(id);
+        if (m_fnItemDone) m_fnItemDone(id, picked);
+        {
+            ny::CriticalSectionLock guard(m_csStatus);
+            if (picked) {
+                if (m_Status.m_arResult.size() == m_Status.m_arResult.capacity())
+                    m_Status.m_arResult.reserve(m_Status.m_arResult.size() + kResultGrowth);
+                m_Status.m_arResult.push_back(id);
+                ++m_Status.m_nPicked;
+            }
+            ++m_Status.m_nDone;
+        }
+        if (m_pfnNotify != nullptr) m_pfnNotify(&m_Status);
+    }
+    SetRunning(0);
+    if (m_pfnNotify != nullptr) m_pfnNotify(&m_Status);
+}
+
+BOOL CCondStocks::ProcCondPick_Item(int stockId) {
+    m_lStockID = stockId;
+    LoadPower();
+    RequestData();
+    if (m_pDrawData == nullptr || m_nDrawCount < 1) return FALSE;
+    for (CIndicator* indicator : m_arIndicators)
+        if (indicator != nullptr) ComputeOnDrawData(indicator);
+    std::fill(m_pResult, m_pResult + m_nDrawCount, 0.0f);
+    MergeVerdicts();
+    return Verdict();
+}
+
+void CCondStocks::ComputeOnDrawData(CIndicator* indicator) {
+    indicator->m_lStockID = m_lStockID;
+    indicator->Change();
+    indicator->m_pHisDay = m_pDrawData;
+    indicator->m_nBarCount = m_nDrawCount;
+    indicator->m_nDrawStart = 0;
+    indicator->m_nDrawEnd = m_nDrawCount;
+    indicator->AllocMem(m_nDrawCount);
+    indicator->Calc(0, m_nDrawCount);
+}
+
+// The last statement of each computed condition: the first is taken as it is, each later one
+// combined bar by bar, AND (both non-zero) or OR (either non-zero) into 1 or 0.
+void CCondStocks::MergeVerdicts() {
+    bool first = true;
+    for (CIndicator* indicator : m_arIndicators) {
+        if (indicator == nullptr || indicator->m_arExpressions.empty()) continue;
+        const CExpression* verdict = indicator->m_arExpressions.back();
+        if (verdict->m_cComputed != 1 || verdict->m_pData == nullptr) continue;
+        const short bars = std::min(m_nDrawCount, verdict->m_nAllocBars);
+        const float* values = verdict->m_pData;
+        if (first) {
+            std::copy(values, values + bars, m_pResult);
+            first = false;
+            continue;
+        }
+        for (short b = 0; b < bars; ++b) {
+            const bool both = m_pResult[b] != 0 && values[b] != 0;
+            const bool either = m_pResult[b] != 0 || values[b] != 0;
+            m_pResult[b] = (m_cLogic == 1 ? both : either) ? 1.0f : 0.0f;
+        }
+    }
+}
+
+// With a history range: any bar dated in it with a value above 0. Otherwise: the last bar.
+BOOL CCondStocks::Verdict() const {
+    if (m_lBeginDate > 0 || m_lEndDate > 0) {
+        for (short b = 0; b < m_nDrawCount; ++b) {
+            const int date = DayOfBar(m_pDrawData[b].m_lTime);
+            if (date >= m_lBeginDate && date <= m_lEndDate && m_pResult[b] > 0) return TRUE;
+        }
+        return FALSE;
+    }
+    return m_pResult[m_nDrawCount - 1] > 0;
+}
+
+// ---- Single-stock services ----
+
+// Loads a stock's bars outside a pick; true if any came out.
+bool CCondStocks::LoadStock(int stockId, short period, int power, int varPeriod) {
+    m_lStockID = stockId;
+    m_nPeriod = period;
+    m_nPower = power;
+    m_nVarPeriod = varPeriod;
+    LoadPower();
+    RequestData();
+    return m_pDrawData != nullptr && m_nDrawCount > 0;
+}
+
+BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period, int power, int varPeriod) {
+    if (!LoadStock(stockId, period, power, varPeriod) || indicator == nullptr) return FALSE;
+    if (m_nDrawCount > kExploreBars) {
+        std::memmove(m_pDrawData, m_pDrawData + (m_nDrawCount - kExploreBars),
+                     sizeof(CHisDay) * kExploreBars);
+        m_nDrawCount = kExploreBars;
+    }
+    ComputeOnDrawData(indicator);
+    return TRUE;
+}
+
+BOOL CCondStocks::BeforeExplore(int stockId, int beginDate, int endDate, short period, int power) {
+    if (!LoadStock(stockId, period, power, 0)) return FALSE;
+    if (beginDate < 1 || endDate < 1 || beginDate >= endDate) return TRUE;
+    // The range is compared with the date of each bar, which for minute bars is part of the stamp.
+    auto firstOnOrAfter = [this](int date) {
+        for (short b = 0; b < m_nDrawCount; ++b)
+            if (DayOfBar(m_pDrawData[b].m_lTime) >= date) return b;
+        return static_cast<short>(-1);
+    };
+    const short from = firstOnOrAfter(beginDate);
+    const short to = firstOnOrAfter(endDate);
+    if (from < 0 || to < 0 || from == to) return FALSE;
+    const short count = static_cast<short>(to - from + 1);
+    std::memmove(m_pDrawData, m_pDrawData + from, sizeof(CHisDay) * count);
+    m_nDrawCount = count;
+    return TRUE;
+}
+
+BOOL CCondStocks::ExploreTSIndicator(CIndicator* indicator) {
+    if (m_pDrawData == nullptr || m_nDrawCount < 1 || m_lStockID <= 0 || indicator == nullptr) return FALSE;
+    ComputeOnDrawData(indicator);
+    return TRUE;
+}

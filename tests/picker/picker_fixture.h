@@ -1,0 +1,99 @@
+#pragma once
+// Helpers of the picker tests: an engine whose pipeline steps can be called one by one, bars
+// written as a stock's files, and formulas built from statement texts.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/files.h"
+#include "host/power.h"
+#include "picker/cond_stocks.h"
+#include "tests/host/temp_installation.h"
+
+namespace pickertest {
+
+class Engine : public CCondStocks {
+public:
+    using CCondStocks::CalcVarPeriod;
+    using CCondStocks::ChangeToMinute5;
+    using CCondStocks::GetNextCQ;
+    using CCondStocks::GetStartCQ;
+    using CCondStocks::IsSamePeriod;
+    using CCondStocks::LoadPower;
+    using CCondStocks::m_nBufSize;
+    using CCondStocks::m_nDrawCount;
+    using CCondStocks::m_nHisCount;
+    using CCondStocks::m_pDrawData;
+    using CCondStocks::RequestData;
+
+    // The bars of a stock in a period, through the whole pipeline.
+    std::vector<CHisDay> Load(int id, short period, int power = 0, int varPeriod = 0) {
+        m_lStockID = id;
+        m_nPeriod = period;
+        m_nPower = power;
+        m_nVarPeriod = varPeriod;
+        LoadPower();
+        RequestData();
+        return Bars();
+    }
+    std::vector<CHisDay> Bars() const { return {DrawData(), DrawData() + DrawCount()}; }
+};
+
+// A day bar with open = close, high = close + 1, low = close - 1 unless given.
+inline CHisDay Bar(int time, float close, float volume = 100) {
+    CHisDay bar;
+    bar.m_lTime = time;
+    bar.m_fOpen = close;
+    bar.m_fHigh = close + 1;
+    bar.m_fLow = close - 1;
+    bar.m_fClose = close;
+    bar.m_fVolume = volume;
+    bar.m_fAmount = volume * close;
+    return bar;
+}
+
+inline CPowerData Event(int date, float profit, float give = 0, float capital = 0) {
+    CPowerData record;
+    record.m_lDate = date;
+    record.m_fProfit = profit;
+    record.m_fGive = give;
+    record.m_fCapital = capital;
+    return record;
+}
+
+// A small installation: the stock list given, no quotes unless written.
+class Market {
+public:
+    explicit Market(const std::string& stocks) { m_dir.Write("data/stocks.csv", stocks); }
+    void Day(const std::string& file, const std::vector<CHisDay>& bars) {
+        m_dir.Write(file, ny::EncodeBars(bars));
+    }
+    void Power(const std::string& file, std::vector<CPowerData> oldestFirst) {
+        m_dir.Write(file, ny::EncodePower(oldestFirst));
+    }
+    void Write(const std::string& file, const std::string& bytes) { m_dir.Write(file, bytes); }
+    bool Open() { return ny::OpenInstallation(m_dir.Path()); }
+    const std::string& Path() const { return m_dir.Path(); }
+
+private:
+    TempInstallation m_dir;
+};
+
+// A formula of the given statements ("NAME", "TEXT" pairs in upper case); the last one is the
+// verdict of a condition.
+inline std::unique_ptr<CIndicator> MakeFormula(
+    const std::vector<std::pair<std::string, std::string>>& statements, const std::string& name = "T") {
+    auto formula = std::make_unique<CIndicator>();
+    formula->m_strName = name;
+    formula->m_MainType = NY_KIND_CONDITION;
+    for (const auto& [statementName, text] : statements) {
+        auto* expr = new CExpression;
+        expr->m_strName = statementName;
+        expr->m_strText = text;
+        formula->m_arExpressions.push_back(expr);
+    }
+    return formula;
+}
+
+}  // namespace pickertest
