@@ -16,15 +16,19 @@
 #include "host/bar_csv.h"
 #include "host/files.h"
 #include "host/stockdb.h"
+#include "picker/pick_request.h"
 
 namespace nyind {
 namespace {
 
 constexpr int kDefaultTableRows = 20;
 constexpr size_t kMaxBars = 32767;  // bar counts of an evaluation are 16-bit
+constexpr const char* kPeriodNames[] = {"day", "week", "month", "quarter", "year",
+                                        "1min", "5min", "15min", "30min", "60min"};
 
 struct CalcOptions {
-    std::string formula, kind, source, name, stock, bars;
+    std::string formula, kind, source, name, stock, bars, period = "day";
+    bool power = false;
     std::vector<std::string> params;
     int last = -1;
     bool csv = false, json = false, all = false;
@@ -32,6 +36,7 @@ struct CalcOptions {
 
 struct Series {
     std::vector<CHisDay> bars;
+    short period = NY_PERIOD_DAY;
     bool minute = false;
     CStock* stock = nullptr;
     std::string label;  // where the bars came from
@@ -54,8 +59,11 @@ int LoadSeries(const CalcOptions& options, Series* series) {
         series->minute = csv.minute;
         series->label = options.bars;
     } else {
-        series->bars = ny::ReadBarFile(series->stock->GetDayFilePath());
-        if (series->bars.empty()) return Fail(kExitRefused, "no day bars for " + series->label);
+        series->period = PeriodNumber(options.period);
+        series->minute = series->period >= NY_PERIOD_MIN1;
+        if (!ny::LoadStockBars(series->stock->GetID(), series->period, options.power, &series->bars) ||
+            series->bars.empty())
+            return Fail(kExitRefused, "no " + options.period + " bars for " + series->label);
     }
     if (series->bars.size() > kMaxBars)
         series->bars.erase(series->bars.begin(), series->bars.end() - kMaxBars);
@@ -79,6 +87,7 @@ int PrepareFormula(const CalcOptions& options, CIndicator* formula) {
 void Evaluate(CIndicator& formula, Series& series) {
     const auto count = static_cast<short>(series.bars.size());
     formula.m_lStockID = series.stock != nullptr ? series.stock->GetID() : 0;
+    formula.m_nPeriod = series.period;
     formula.Change();
     formula.m_pHisDay = series.bars.data();
     formula.m_nBarCount = count;
@@ -129,6 +138,7 @@ void PrintJson(const CIndicator& formula, const Series& series, int firstRow) {
     nlohmann::ordered_json out;
     out["formula"] = {{"name", ToTerminal(formula.m_strName)}, {"kind", formula.m_MainType}};
     out["source"] = series.label;
+    out["period"] = kPeriodNames[series.period - 1];
     if (series.stock != nullptr)
         out["stock"] = {{"code", ny::FormatStockCode(series.stock->GetID())}, {"name", ToTerminal(series.stock->m_strName)}};
     out["bars"] = series.bars.size();
@@ -166,6 +176,8 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
         return Fail(kExitUsage, "calc: give either --formula NAME or --source FILE");
     if (options.stock.empty() && options.bars.empty())
         return Fail(kExitUsage, "calc: give --stock CODE or --bars FILE");
+    if (!options.bars.empty() && (options.period != "day" || options.power))
+        return Fail(kExitUsage, "calc: --period and --power apply to the bars of --stock, not to --bars");
     if (int status = OpenHome(global, !options.stock.empty()); status != kExitOk) return status;
     CIndicator formula;
     if (int status = PrepareFormula(options, &formula); status != kExitOk) return status;
@@ -186,6 +198,17 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
 
 }  // namespace
 
+short PeriodNumber(const std::string& name) {
+    for (short i = 0; i < 10; ++i)
+        if (name == kPeriodNames[i]) return static_cast<short>(i + 1);
+    return 0;
+}
+
+CLI::Option* AddPeriodOption(CLI::App& command, std::string& period) {
+    return command.add_option("--period", period, "Bar period: day week month quarter year 1min 5min 15min 30min 60min")
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kPeriodNames), std::end(kPeriodNames))));
+}
+
 void AddCalcCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     auto options = std::make_shared<CalcOptions>();
     CLI::App* command = app.add_subcommand("calc", "Evaluate a formula over the bars of a stock or a CSV file");
@@ -195,10 +218,14 @@ void AddCalcCommand(CLI::App& app, const GlobalOptions& global, int& status) {
                                        "Formula text or a readable formula file (*.fml); \"-\" reads standard input")
                        ->excludes(formula);
     command->add_option("--name", options->name, "Name of the --source formula in messages")->needs(source);
-    command->add_option("--param", options->params, "Parameter value NAME=VALUE (repeatable)");
+    command->add_option("--param", options->params, "Parameter value NAME=VALUE (repeatable)")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command->add_option("--stock", options->stock, "A stock of the installation: SH600001, SZ000001, or its code");
     command->add_option("--bars", options->bars,
                         "A CSV file of bars: date,open,high,low,close,volume[,amount]; \"-\" reads standard input");
+    AddPeriodOption(*command, options->period);
+    command->add_flag("--power", options->power, "Adjust the stock's bars for ex-rights events");
     command->add_option("--last", options->last, "Show only the last N bars (0: all; default 20 in the table, all otherwise)")
         ->check(CLI::NonNegativeNumber);
     auto* csv = command->add_flag("--csv", options->csv, "Write CSV");

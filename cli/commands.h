@@ -14,6 +14,12 @@ void AddCalcCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddLibCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddFuncsCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddDataCommand(CLI::App& app, const GlobalOptions& global, int& status);
+void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status);
+
+// The bar periods by name: day week month quarter year 1min 5min 15min 30min 60min, numbered 1
+// to 10. PeriodNumber gives 0 for another name.
+short PeriodNumber(const std::string& name);
+CLI::Option* AddPeriodOption(CLI::App& command, std::string& period);
 
 // Kind names of the command line: indicator, condition, trade, candle, or 0 to 3. -1 if unknown.
 short ParseKind(const std::string& text);

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     AddLibCommand(app, global, status);
     AddFuncsCommand(app, global, status);
     AddDataCommand(app, global, status);
+    AddPickCommand(app, global, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -1,0 +1,200 @@
+// nyind pick: condition stock picking over the stocks of the installation.
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/commands.h"
+#include "cli/statement_view.h"
+#include "cli/stocks.h"
+#include "cli/table.h"
+#include "host/bar_csv.h"
+#include "host/stockdb.h"
+#include "picker/pick_request.h"
+
+namespace nyind {
+namespace {
+
+// The status text of a finished pick, as the picking dialog shows it.
+const char* const kPickSummary = "选中数量: %d,总数: %d\r\n选中比例: %0.2f%%";
+
+std::atomic<bool> g_interrupted{false};
+
+extern "C" void OnInterrupt(int) { g_interrupted = true; }
+
+struct PickOptions {
+    std::vector<std::string> conditions;
+    bool andMode = false, orMode = false;  // --and is the default; the flag only says so
+    std::string scope = "all", block, codes, period = "day", from, to;
+    bool power = false, csv = false, json = false;
+};
+
+int ParseCondition(const std::string& text, ny::PickCondition* condition) {
+    const size_t colon = text.find(':');
+    if (!ArgumentToGbk(text.substr(0, colon), &condition->name)) return kExitUsage;
+    if (colon == std::string::npos) return kExitOk;
+    for (const std::string& piece : SplitList(text.substr(colon + 1), ',')) {
+        char* end = nullptr;
+        const long value = std::strtol(piece.c_str(), &end, 10);
+        if (piece.empty() || *end != '\0' || value < -32768 || value > 32767)
+            return Fail(kExitUsage, "--cond " + text + ": parameter values are whole numbers separated by commas");
+        condition->params.push_back(static_cast<short>(value));
+    }
+    return kExitOk;
+}
+
+int ParseDate(const std::string& text, int* date) {
+    if (ny::ParseDateText(text, date)) return kExitOk;
+    return Fail(kExitUsage, "\"" + text + "\" is not a date (YYYYMMDD or YYYY-MM-DD)");
+}
+
+int ParseScope(const PickOptions& options, ny::PickRequest* request) {
+    if (!options.block.empty()) {
+        const size_t slash = options.block.find('/');
+        if (slash == std::string::npos) return Fail(kExitUsage, "--block: write CATEGORY/NAME");
+        request->scope = ny::PickScope::Block;
+        if (!ArgumentToGbk(options.block.substr(0, slash), &request->blockCategory) ||
+            !ArgumentToGbk(options.block.substr(slash + 1), &request->blockName))
+            return kExitUsage;
+        return kExitOk;
+    }
+    if (!options.codes.empty()) {
+        request->scope = ny::PickScope::Codes;
+        for (const std::string& code : SplitList(options.codes, ',')) {
+            CStock* stock = nullptr;
+            if (int status = FindStock(code, &stock); status != kExitOk) return status;
+            request->stockIds.push_back(stock->GetID());
+        }
+        return kExitOk;
+    }
+    request->scope = options.scope == "sh" ? ny::PickScope::ShanghaiA
+                     : options.scope == "sz" ? ny::PickScope::ShenzhenA
+                                             : ny::PickScope::AllA;
+    return kExitOk;
+}
+
+int BuildRequest(const PickOptions& options, ny::PickRequest* request) {
+    for (const std::string& text : options.conditions) {
+        ny::PickCondition condition;
+        if (int status = ParseCondition(text, &condition); status != kExitOk) return status;
+        request->conditions.push_back(condition);
+    }
+    request->andMode = !options.orMode;
+    request->period = PeriodNumber(options.period);
+    request->adjustPower = options.power;
+    if (options.from.empty() != options.to.empty()) return Fail(kExitUsage, "history mode needs both --from and --to");
+    if (!options.from.empty()) {
+        if (int status = ParseDate(options.from, &request->fromDate); status != kExitOk) return status;
+        if (int status = ParseDate(options.to, &request->toDate); status != kExitOk) return status;
+    }
+    return ParseScope(options, request);
+}
+
+void DrawProgress(int done, int total) {
+    const int width = 40;
+    const int filled = total > 0 ? done * width / total : 0;
+    std::fprintf(stderr, "\r[%s%s] %d/%d", std::string(filled, '#').c_str(), std::string(width - filled, ' ').c_str(),
+                 done, total);
+    std::fflush(stderr);
+}
+
+std::string ValueText(float value) {
+    return std::isfinite(value) ? FormatNumber(value, DecimalsFor(std::fabs(value))) : std::string();
+}
+
+void PrintOutcome(const ny::PickOutcome& outcome, const PickOptions& options) {
+    if (options.json) {
+        nlohmann::ordered_json out = {{"examined", outcome.examined}, {"total", outcome.total},
+                                      {"stopped", outcome.stopped}, {"picked", outcome.hits.size()}};
+        out["conditions"] = options.conditions;
+        out["stocks"] = nlohmann::ordered_json::array();
+        for (const ny::PickHit& hit : outcome.hits) {
+            const CStock* stock = g_MyGetStock(hit.stockId);
+            nlohmann::ordered_json values = nlohmann::ordered_json::array();
+            for (float v : hit.lastValues) values.push_back(JsonNumber(v));
+            out["stocks"].push_back({{"code", ny::FormatStockCode(hit.stockId)},
+                                     {"name", stock != nullptr ? ToTerminal(stock->m_strName) : std::string()},
+                                     {"values", values}});
+        }
+        std::cout << out.dump(2) << "\n";
+        return;
+    }
+    std::vector<std::string> header{"code", "name"};
+    for (const std::string& condition : options.conditions) header.push_back(condition.substr(0, condition.find(':')));
+    TextTable table(header);
+    table.AlignRightFrom(2);
+    for (const ny::PickHit& hit : outcome.hits) {
+        const CStock* stock = g_MyGetStock(hit.stockId);
+        std::vector<std::string> row{ny::FormatStockCode(hit.stockId), stock != nullptr ? ToTerminal(stock->m_strName) : ""};
+        for (float v : hit.lastValues) row.push_back(ValueText(v));
+        table.AddRow(row);
+    }
+    if (options.csv) {
+        std::cout << table.RenderCsv();
+        return;
+    }
+    std::cout << table.Render();
+    char summary[160];
+    const double ratio = outcome.total > 0 ? static_cast<double>(outcome.hits.size()) / outcome.total : 0;
+    std::snprintf(summary, sizeof summary, kPickSummary, static_cast<int>(outcome.hits.size()), outcome.total, ratio * 100);
+    std::cout << ToTerminal(summary) << "\n";
+}
+
+int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
+    if (int status = OpenHome(global, true); status != kExitOk) return status;
+    ny::PickRequest request;
+    if (int status = BuildRequest(options, &request); status != kExitOk) return status;
+    const bool terminal = isatty(STDERR_FILENO) != 0;
+    g_interrupted = false;
+    struct sigaction action {}, previous {};
+    action.sa_handler = OnInterrupt;
+    sigaction(SIGINT, &action, &previous);
+    const ny::PickOutcome outcome = ny::RunPick(
+        request, [terminal](int done, int total) { if (terminal) DrawProgress(done, total); },
+        [] { return g_interrupted.load(); });
+    sigaction(SIGINT, &previous, nullptr);
+    if (terminal) std::fputs("\r\033[K", stderr);
+    if (!outcome.ok) return FailGbk(kExitRefused, outcome.message);
+    for (const CString& message : TakeMessages()) FailGbk(kExitOk, message);
+    if (outcome.stopped)
+        Fail(kExitOk, "stopped after " + std::to_string(outcome.examined) + " of " + std::to_string(outcome.total) +
+                          " stocks; the stocks found so far:");
+    PrintOutcome(outcome, options);
+    return kExitOk;
+}
+
+}  // namespace
+
+void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status) {
+    auto options = std::make_shared<PickOptions>();
+    CLI::App* command = app.add_subcommand("pick", "Pick the stocks that meet condition formulas");
+    command->add_option("--cond", options->conditions,
+                        "A condition formula by name, with parameter values: NAME[:P1,P2,...] (repeatable)")
+        ->required()
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    auto* andFlag = command->add_flag("--and", options->andMode, "All conditions must hold (the default)");
+    command->add_flag("--or", options->orMode, "Any condition may hold")->excludes(andFlag);
+    auto* scope = command->add_option("--scope", options->scope, "all (Shanghai and Shenzhen A shares), sh or sz")
+                      ->check(CLI::IsMember({"all", "sh", "sz"}));
+    auto* block = command->add_option("--block", options->block, "The stocks of a block: CATEGORY/NAME")->excludes(scope);
+    command->add_option("--codes", options->codes, "The stocks of a list: SH600001,SZ000002,...")
+        ->excludes(scope)
+        ->excludes(block);
+    AddPeriodOption(*command, options->period);
+    command->add_flag("--power", options->power, "Adjust the bars for ex-rights events");
+    command->add_option("--from", options->from, "History mode: first day (YYYYMMDD or YYYY-MM-DD)");
+    command->add_option("--to", options->to, "History mode: last day");
+    auto* csv = command->add_flag("--csv", options->csv, "Write CSV");
+    command->add_flag("--json", options->json, "Write JSON")->excludes(csv);
+    command->callback([options, &global, &status] { status = RunPickCommand(*options, global); });
+}
+
+}  // namespace nyind
