@@ -36,7 +36,8 @@ struct CalcOptions {
 
 struct Series {
     std::vector<CHisDay> bars;
-    short period = NY_PERIOD_DAY;
+    short period = NY_PERIOD_DAY;  // CSV bars keep the day period, as the picker's formulas do
+    bool fromCsv = false;
     bool minute = false;
     CStock* stock = nullptr;
     std::string label;  // where the bars came from
@@ -57,6 +58,7 @@ int LoadSeries(const CalcOptions& options, Series* series) {
         if (csv.bars.empty()) return Fail(kExitRefused, options.bars + ": no bars");
         series->bars = std::move(csv.bars);
         series->minute = csv.minute;
+        series->fromCsv = true;
         series->label = options.bars;
     } else {
         series->period = PeriodNumber(options.period);
@@ -138,7 +140,7 @@ void PrintJson(const CIndicator& formula, const Series& series, int firstRow) {
     nlohmann::ordered_json out;
     out["formula"] = {{"name", ToTerminal(formula.m_strName)}, {"kind", formula.m_MainType}};
     out["source"] = series.label;
-    out["period"] = kPeriodNames[series.period - 1];
+    if (!series.fromCsv) out["period"] = kPeriodNames[series.period - 1];
     if (series.stock != nullptr)
         out["stock"] = {{"code", ny::FormatStockCode(series.stock->GetID())}, {"name", ToTerminal(series.stock->m_strName)}};
     out["bars"] = series.bars.size();
