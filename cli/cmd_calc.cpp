@@ -178,6 +178,8 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
         return Fail(kExitUsage, "calc: give either --formula NAME or --source FILE");
     if (options.stock.empty() && options.bars.empty())
         return Fail(kExitUsage, "calc: give --stock CODE or --bars FILE");
+    if (options.source == "-" && options.bars == "-")
+        return Fail(kExitUsage, "calc: only one of --source and --bars can read standard input");
     if (!options.bars.empty() && (options.period != "day" || options.power))
         return Fail(kExitUsage, "calc: --period and --power apply to the bars of --stock, not to --bars");
     if (int status = OpenHome(global, !options.stock.empty()); status != kExitOk) return status;

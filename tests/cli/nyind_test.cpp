@@ -53,6 +53,8 @@ TEST(NyindUsage, BadOptionsGiveUsageAndStatusTwo) {
     EXPECT_EQ(r.status, 2);
     r = Nyind("calc --formula MACD --stock SH600001 --kind nonsense");
     EXPECT_EQ(r.status, 2);
+    r = Nyind("calc --source - --bars -");
+    EXPECT_EQ(r.status, 2);
     r = Nyind("--home /no/such/dir funcs");
     EXPECT_EQ(r.status, 2);
     r = Nyind("lib --help");
