@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "host/clock.h"
+#include "host/text_fields.h"
 
 namespace ny {
 namespace {
@@ -18,26 +19,11 @@ constexpr const char* kColumnNames[kColumnCount] = {"date", "open", "high", "low
 // The last YYYYMMDD date whose minute stamp YYMMDDHHMM fits 32 signed bits.
 constexpr int kLastMinuteDate = 20211231;
 
-std::string Trim(const std::string& text) {
-    const size_t begin = text.find_first_not_of(" \t\r");
-    if (begin == std::string::npos) return std::string();
-    const size_t end = text.find_last_not_of(" \t\r");
-    return text.substr(begin, end - begin + 1);
-}
-
 std::string Lower(std::string text) {
     for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return text;
 }
 
-std::vector<std::string> SplitFields(const std::string& line) {
-    std::vector<std::string> fields;
-    std::string field;
-    std::istringstream in(line);
-    while (std::getline(in, field, ',')) fields.push_back(Trim(field));
-    if (!line.empty() && line.back() == ',') fields.push_back(std::string());
-    return fields;
-}
 
 bool AllDigits(const std::string& text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });

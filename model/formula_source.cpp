@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/encoding.h"
+#include "host/text_fields.h"
 #include "model/library.h"
 
 namespace ny {
@@ -34,13 +35,6 @@ constexpr size_t kTitleBytes = 127, kUsageBytes = 1023, kExtraBytes = 511, kAxes
 bool IsGroupOf(short kind, short group) {
     if (kind == NY_KIND_INDICATOR) return group >= 0 && group <= 7;
     return kind == NY_KIND_CONDITION && group >= 20 && group <= 25;
-}
-
-std::string Trim(const std::string& text) {
-    const size_t begin = text.find_first_not_of(" \t\r");
-    if (begin == std::string::npos) return std::string();
-    const size_t end = text.find_last_not_of(" \t\r");
-    return text.substr(begin, end - begin + 1);
 }
 
 bool ParseShort(const std::string& text, short* value) {
