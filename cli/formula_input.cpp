@@ -5,6 +5,7 @@
 
 #include "cli/context.h"
 #include "host/encoding.h"
+#include "host/text_fields.h"
 #include "model/formula_source.h"
 
 namespace nyind {
@@ -81,6 +82,7 @@ int LoadFormulaInput(const FormulaInput& input, CIndicator* formula) {
         auto* p = new CParam;
         formula->m_arParams.push_back(p);
         if (!SplitParam(param, &p->m_strName, &p->m_nDefault)) return kExitUsage;
+        p->m_strName = ny::UpperAscii(p->m_strName);
         p->m_nMin = SHRT_MIN;
         p->m_nMax = SHRT_MAX;
     }

@@ -20,4 +20,10 @@ std::vector<std::string> SplitFields(const std::string& line) {
     }
 }
 
+std::string UpperAscii(std::string text) {
+    for (char& c : text)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
 }  // namespace ny

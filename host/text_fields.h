@@ -12,4 +12,8 @@ std::string Trim(const std::string& text);
 // The comma-separated fields of a line, each trimmed; a trailing comma gives a last empty field.
 std::vector<std::string> SplitFields(const std::string& line);
 
+// The text with ASCII letters in upper case; other bytes, GBK included, stay as they are.
+// Parameter names are kept this way because statements reach the evaluator upper-cased.
+std::string UpperAscii(std::string text);
+
 }  // namespace ny

@@ -195,7 +195,7 @@ private:
             if (!ParseShort(words[i + 1], &numbers[i]))
                 return Fail(line, "\"" + Utf8ToGbk(words[i + 1]) + "\" is not a whole number of 16 bits");
         auto* param = new CParam;
-        param->m_strName = name;
+        param->m_strName = UpperAscii(name);
         param->m_nMin = numbers[0];
         param->m_nMax = numbers[1];
         param->m_nDefault = numbers[2];

@@ -47,6 +47,17 @@ TEST(FormulaSource, ReadsEveryFieldIntoTheDefinition) {
     EXPECT_TRUE(f.m_arExpressions.empty());
 }
 
+TEST(FormulaSource, ParameterNamesAreKeptInUpperCase) {
+    // The statements are upper-cased by the syntax test; a parameter typed "n" must still match.
+    CIndicator f;
+    ny::FormulaSourceError error;
+    ASSERT_TRUE(ny::ParseFormulaSource(
+        U8("name: LOWER\nkind: 技术指标\nparam: n 1 100 9\n[source]\nA:MA(C,n);\n"), &f, &error))
+        << error.message;
+    ASSERT_EQ(f.m_arParams.size(), 1u);
+    EXPECT_EQ(f.m_arParams[0]->m_strName, "N");
+}
+
 TEST(FormulaSource, WrittenFormReadsBackTheSame) {
     CIndicator f, back;
     ny::FormulaSourceError error;
