@@ -35,3 +35,13 @@ char CIndicator::MergeRange(short* from, short* to, short argumentFrom, short ar
     if (argumentTo < *to) *to = argumentTo;
     return *from > *to ? 14 : 0;
 }
+
+char CIndicator::ReadSoleArgument(float* out, short* from, short* to, char* isSeries, char allowSeries) {
+    if (const char rc = BeginCall(1)) return rc;
+    return ReadValueArgument(out, from, to, isSeries, allowSeries, true);
+}
+
+char CIndicator::ReadSoleCondition(char* out, short* from, short* to, char* isSeries) {
+    if (const char rc = BeginCall(1)) return rc;
+    return ReadConditionArgument(out, from, to, isSeries, 1, true);
+}

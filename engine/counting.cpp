@@ -259,14 +259,11 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
 
 char CIndicator::ReadLogicalFun(char* word, float* out, short* from, short* to, char, char*) {
     const BarsFunc kind = FindBarsFunc(word);
-    char rc = BeginCall(1);
-    if (rc != 0) return rc;
     ny::PooledBuffer condition(m_pool, m_nBarCount);
     const char* x = condition.bytes();
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
-    if ((rc = ReadConditionArgument(condition.bytes(), &xFrom, &xTo, &xSeries, 1, true)) != 0)
-        return rc;
+    if (const char rc = ReadSoleCondition(condition.bytes(), &xFrom, &xTo, &xSeries)) return rc;
     if (!xSeries) return 16;
 
     // BARSLAST and BARSSINCE are valid from the first true bar on; with none, only the last bar
@@ -299,13 +296,11 @@ char CIndicator::ReadLogicalFun(char* word, float* out, short* from, short* to, 
 
 char CIndicator::ReadBARSCOUNT(char* word, float* out, short* from, short* to, char, char*) {
     const RangeFunc kind = FindRangeFunc(word);
-    char rc = BeginCall(1);
-    if (rc != 0) return rc;
     ny::PooledBuffer value(m_pool, m_nBarCount);
     const float* x = value.floats();
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
-    if ((rc = ReadValueArgument(value.floats(), &xFrom, &xTo, &xSeries, 1, true)) != 0) return rc;
+    if (const char rc = ReadSoleArgument(value.floats(), &xFrom, &xTo, &xSeries, 1)) return rc;
     if (!xSeries) return 16;
 
     if (kind == RangeFunc::Const) {

@@ -152,12 +152,10 @@ char CIndicator::ReadDATETIME(char* word, float* out, short* from, short* to, ch
 
 char CIndicator::ReadDATETODAY(char* word, float* out, short* from, short* to, char, char*) {
     const Conversion kind = FindConversion(word);
-    char rc = BeginCall(1);
-    if (rc != 0) return rc;
     ny::PooledBuffer argument(m_pool, m_nBarCount);
     short argFrom = *from, argTo = *to;
     char argSeries = 0;
-    if ((rc = ReadValueArgument(argument.floats(), &argFrom, &argTo, &argSeries, 1, true)) != 0) return rc;
+    if (const char rc = ReadSoleArgument(argument.floats(), &argFrom, &argTo, &argSeries, 1)) return rc;
     // Only element 0 counts, also for a series: the result is a constant spread over the range.
     const int v = ny::TruncToInt(argument.floats()[0]);
     if (kind == Conversion::Beta) return ReadBeta(v, out, from, to);

@@ -104,12 +104,9 @@ char CIndicator::ReadMathFunc1(char* word, float* out, short* from, short* to, c
                                char* isSeries) {
     Func1 kind;
     if (!FindFunc1(word, &kind)) return 7;
-    char rc = BeginCall(1);
-    if (rc != 0) return rc;
     ny::PooledBuffer argument(m_pool, m_nBarCount);
     float* x = argument.floats();
-    rc = ReadValueArgument(x, from, to, isSeries, permission, true);
-    if (rc != 0) return rc;
+    if (const char rc = ReadSoleArgument(x, from, to, isSeries, permission)) return rc;
 
     switch (kind) {
         case Func1::Rand:

@@ -213,6 +213,9 @@ public:
     char ReadConditionArgument(char* out, short* from, short* to, char* isSeries, char allowSeries,
                                bool last);
     static char MergeRange(short* from, short* to, short argumentFrom, short argumentTo);
+    // A call of one argument: BeginCall(1) and that argument, closed by ")".
+    char ReadSoleArgument(float* out, short* from, short* to, char* isSeries, char allowSeries);
+    char ReadSoleCondition(char* out, short* from, short* to, char* isSeries);
 
     // Averages, window statistics, references to other bars, and the conditional.
     char ReadMA(char* word, float* out, short* from, short* to, char permission, char* isSeries);
