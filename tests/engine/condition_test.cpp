@@ -3,26 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/engine/formula_fixture.h"
+#include "tests/engine/function_fixture.h"
 
 using nytest::ReadCondition;
 
 namespace {
 
-class Conditions : public ::testing::Test {
+class Conditions : public nytest::FunctionTest {
 protected:
-    void SetUp() override {
-        bars = nytest::RisingBars(10);
-        nytest::AttachBars(ind, bars);
-    }
-    void Param(const char* name, short value) {
-        auto* p = new CParam;
-        p->m_strName = name;
-        p->m_nDefault = value;
-        ind.m_arParams.push_back(p);
-    }
-    CIndicator ind;
-    std::vector<CHisDay> bars;
+    void SetUp() override { UseBars(nytest::RisingBars(10)); }
 };
 
 TEST_F(Conditions, ConstantComparisonsAndConnectives) {

@@ -3,29 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/engine/formula_fixture.h"
+#include "tests/engine/function_fixture.h"
 
 using nytest::ReadValue;
 
 namespace {
 
-class Conditional : public ::testing::Test {
+class Conditional : public nytest::FunctionTest {
 protected:
-    void SetUp() override {
-        bars = nytest::RisingBars(25);
-        nytest::AttachBars(ind, bars);
-        ind.m_nCurSpan = 25;
-    }
-    float Constant(const std::string& text) {
-        nytest::Reading r = ReadValue(ind, text);
-        EXPECT_EQ(r.code, 0) << text;
-        EXPECT_EQ(r.isSeries, 0) << text;
-        return r.values[0];
-    }
-    char Code(const std::string& text) { return ReadValue(ind, text).code; }
-
-    CIndicator ind;
-    std::vector<CHisDay> bars;
+    void SetUp() override { UseBars(nytest::RisingBars(25)); }
 };
 
 TEST_F(Conditional, ConstantConditionPicksOneBranch) {

@@ -15,10 +15,19 @@ namespace nytest {
 class FunctionTest : public ::testing::Test {
 protected:
     // Bars whose closes are `closes` (see MakeBars for the other prices).
-    void UseCloses(const std::vector<float>& closes) {
-        bars = MakeBars(closes);
+    void UseCloses(const std::vector<float>& closes) { UseBars(MakeBars(closes)); }
+    void UseBars(std::vector<CHisDay> newBars) {
+        bars = std::move(newBars);
         AttachBars(ind, bars);
         ind.m_nCurSpan = static_cast<short>(bars.size());
+    }
+
+    // A parameter with its default value.
+    void Param(const char* name, short value) {
+        auto* p = new CParam;
+        p->m_strName = name;
+        p->m_nDefault = value;
+        ind.m_arParams.push_back(p);
     }
 
     Reading Read(const std::string& text) { return ReadValue(ind, text); }

@@ -6,34 +6,15 @@
 #include <cstring>
 
 #include "host/stockdb.h"
-#include "tests/engine/formula_fixture.h"
+#include "tests/engine/function_fixture.h"
 
 using nytest::ReadValue;
 
 namespace {
 
-class Grammar : public ::testing::Test {
+class Grammar : public nytest::FunctionTest {
 protected:
-    void SetUp() override {
-        bars = nytest::RisingBars(10);
-        nytest::AttachBars(ind, bars);
-    }
-    void Param(const char* name, short value) {
-        auto* p = new CParam;
-        p->m_strName = name;
-        p->m_nDefault = value;
-        ind.m_arParams.push_back(p);
-    }
-    float Constant(const std::string& text) {
-        nytest::Reading r = ReadValue(ind, text);
-        EXPECT_EQ(r.code, 0) << text;
-        EXPECT_EQ(r.isSeries, 0) << text;
-        return r.values[0];
-    }
-    char Code(const std::string& text) { return ReadValue(ind, text).code; }
-
-    CIndicator ind;
-    std::vector<CHisDay> bars;
+    void SetUp() override { UseBars(nytest::RisingBars(10)); }
 };
 
 TEST_F(Grammar, PrecedenceOfArithmetic) {
