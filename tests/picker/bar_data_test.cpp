@@ -188,34 +188,18 @@ TEST_F(BarData, RunsUpAndDown) {
 
 // ---- The generated market ----
 
-class SampleMarketBars : public ::testing::Test {
+class SampleMarketBars : public pickertest::GeneratedMarketTest {
 protected:
-    static void SetUpTestSuite() {
-        s_dir = new TempInstallation;
-        ny::SampleMarketOptions options;
-        options.stockCount = 40;
-        options.firstDate = 20190102;
-        options.lastDate = 20210331;
-        std::string error;
-        ASSERT_TRUE(ny::MakeSampleMarket(s_dir->Path(), options, &error)) << error;
-    }
-    static void TearDownTestSuite() {
-        delete s_dir;
-        s_dir = nullptr;
-    }
     void SetUp() override {
-        ASSERT_TRUE(ny::OpenInstallation(s_dir->Path()));
+        GeneratedMarketTest::SetUp();
         for (const CStock* stock : g_MyStocksArray)
             if (stock->m_dwKind & (NY_KIND_SH_A | NY_KIND_SZ_A)) shares.push_back(stock);
         ASSERT_EQ(shares.size(), 40u);
     }
 
-    static TempInstallation* s_dir;
     std::vector<const CStock*> shares;
     pickertest::Engine engine;
 };
-
-TempInstallation* SampleMarketBars::s_dir = nullptr;
 
 // Open, high, low, close and volume of consecutive stored bars with the same key, in order.
 template <typename Key>

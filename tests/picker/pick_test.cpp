@@ -63,23 +63,10 @@ bool PickedAlone(int id, const std::vector<const Statements*>& conditions, short
     return andMode ? all : any;
 }
 
-class MarketPick : public ::testing::Test {
+class MarketPick : public pickertest::GeneratedMarketTest {
 protected:
-    static void SetUpTestSuite() {
-        s_dir = new TempInstallation;
-        ny::SampleMarketOptions options;
-        options.stockCount = 40;
-        options.firstDate = 20190102;
-        options.lastDate = 20210331;
-        std::string error;
-        ASSERT_TRUE(ny::MakeSampleMarket(s_dir->Path(), options, &error)) << error;
-    }
-    static void TearDownTestSuite() {
-        delete s_dir;
-        s_dir = nullptr;
-    }
     void SetUp() override {
-        ASSERT_TRUE(ny::OpenInstallation(s_dir->Path()));
+        GeneratedMarketTest::SetUp();
         CClockModule::SetClock(20210331, 160000);
         for (const CStock* stock : g_MyStocksArray) all.push_back(stock->m_lStockID);
     }
@@ -103,11 +90,8 @@ protected:
         return status.m_arResult;
     }
 
-    static TempInstallation* s_dir;
     std::vector<int> all;
 };
-
-TempInstallation* MarketPick::s_dir = nullptr;
 
 TEST_F(MarketPick, SameAsEvaluatingEachStockAlone) {
     struct Case {

@@ -2,12 +2,15 @@
 // Helpers of the picker tests: an engine whose pipeline steps can be called one by one, bars
 // written as a stock's files, and formulas built from statement texts.
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "host/files.h"
 #include "host/power.h"
+#include "host/sample_market.h"
 #include "picker/cond_stocks.h"
 #include "tests/host/temp_installation.h"
 
@@ -95,5 +98,27 @@ inline std::unique_ptr<CIndicator> MakeFormula(
     }
     return formula;
 }
+
+// A suite over one generated market of 40 shares, 2019-01-02 to 2021-03-31, made once for the
+// suite and opened before each test.
+class GeneratedMarketTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_dir = new TempInstallation;
+        ny::SampleMarketOptions options;
+        options.stockCount = 40;
+        options.firstDate = 20190102;
+        options.lastDate = 20210331;
+        std::string error;
+        ASSERT_TRUE(ny::MakeSampleMarket(s_dir->Path(), options, &error)) << error;
+    }
+    static void TearDownTestSuite() {
+        delete s_dir;
+        s_dir = nullptr;
+    }
+    void SetUp() override { ASSERT_TRUE(ny::OpenInstallation(s_dir->Path())); }
+
+    static inline TempInstallation* s_dir = nullptr;
+};
 
 }  // namespace pickertest
