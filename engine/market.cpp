@@ -80,7 +80,13 @@ float IndexValue(const CHisDay& day, MarketWord kind) {
     }
 }
 
-float BarValue(const CHisDay& bar, MarketWord kind, int stockId) {
+// The unit rule of a stock's volumes, looked up once per word rather than once per bar.
+struct VolumeUnits {
+    bool handUnit;
+    bool bond;
+};
+
+float BarValue(const CHisDay& bar, MarketWord kind, const VolumeUnits& units) {
     switch (kind) {
         case MarketWord::High: return bar.m_fHigh;
         case MarketWord::Open: return bar.m_fOpen;
@@ -88,7 +94,7 @@ float BarValue(const CHisDay& bar, MarketWord kind, int stockId) {
         case MarketWord::Close: return bar.m_fClose;
         case MarketWord::Amount: return bar.m_fAmount;
         case MarketWord::Volume:
-            return VolumeInHands(bar.m_fVolume, CStock::IsHandUnit(stockId), CStock::IsZQ(stockId));
+            return VolumeInHands(bar.m_fVolume, units.handUnit, units.bond);
         case MarketWord::Advance: return std::max(RisingCount(bar.m_lAdvDec), 0.0f);
         case MarketWord::Decline: return std::max(FallingCount(bar.m_lAdvDec), 0.0f);
         default: return 0.0f;
@@ -144,12 +150,14 @@ char CIndicator::ReadMarketWord(char* word, float* out, short* from, short* to, 
         }
         return 0;
     }
+    const VolumeUnits units = {kind == MarketWord::Volume && CStock::IsHandUnit(m_lStockID) != 0,
+                               kind == MarketWord::Volume && CStock::IsZQ(m_lStockID) != 0};
     for (int i = span.first; i <= span.last; ++i) {
         switch (kind) {
             case MarketWord::CurrBarsCount: out[i] = static_cast<float>(*to - i + 1); break;
             case MarketWord::TotalBarsCount: out[i] = static_cast<float>(*to + 1); break;
             case MarketWord::IsLastBar: out[i] = (i == *to) ? 1.0f : 0.0f; break;
-            default: out[i] = BarValue(m_pHisDay[i], kind, m_lStockID); break;
+            default: out[i] = BarValue(m_pHisDay[i], kind, units); break;
         }
     }
     return 0;
