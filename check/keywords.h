@@ -1,7 +1,7 @@
 #pragma once
 // The market keywords of the formula language: words that stand for a series or a value of the
 // market and are operands wherever they stand. A blank, then each keyword followed by a comma.
-// The script editor loads them (ColorEditWnd::LoadKeyWord) and the lexer reads them as words.
+// ny::KeyWords() reads them for the syntax test and the editor; the lexer reads them as words.
 
 constexpr const char* NY_KEYWORD_LIST =
     " OPEN,O,CLOSE,C,H,HIGH,L,LOW,VOL,V,ADVANCE,DECLINE,AMOUNT,VOLINSTK,BUYVOL,SELLVOL,ISBUYORDER,"

@@ -1,5 +1,4 @@
-// The word classes of the script editor: what a word of a formula is. They need the catalog, the
-// library and the editor's lists, never a window.
+// The word classes of the formula language: what a word of a formula is.
 
 #include <algorithm>
 #include <string_view>
@@ -7,7 +6,7 @@
 #include "catalog/function_manager.h"
 #include "check/gbk_text.h"
 #include "check/keywords.h"
-#include "editor/color_edit_wnd.h"
+#include "check/word_classes.h"
 #include "model/library.h"
 
 namespace {
@@ -23,36 +22,39 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-void ColorEditWnd::LoadKeyWord() {
-    m_arKeyWords.clear();
-    std::string_view list(NY_KEYWORD_LIST + 1);
-    for (size_t comma; (comma = list.find(',')) != std::string_view::npos; list.remove_prefix(comma + 1))
-        m_arKeyWords.emplace_back(list.substr(0, comma));
+namespace ny {
+
+const std::vector<CString>& KeyWords() {
+    static const std::vector<CString> keywords = [] {
+        std::vector<CString> list;
+        std::string_view rest(NY_KEYWORD_LIST + 1);
+        for (size_t comma; (comma = rest.find(',')) != std::string_view::npos; rest.remove_prefix(comma + 1))
+            list.emplace_back(rest.substr(0, comma));
+        return list;
+    }();
+    return keywords;
 }
 
-BOOL ColorEditWnd::IsKeyWord(const CString& word) const {
+bool IsKeyWord(const std::vector<CString>& keywords, const CString& word) {
     const std::string_view key = TrimLeading(word);
-    return std::find(m_arKeyWords.begin(), m_arKeyWords.end(), key) != m_arKeyWords.end();
+    return std::find(keywords.begin(), keywords.end(), key) != keywords.end();
 }
 
-BOOL ColorEditWnd::IsFunName(const CString& word) const {
-    return g_MyFunsMng.FindFun(word.c_str(), 0) != nullptr;
-}
+bool IsFunName(const CString& word) { return g_MyFunsMng.FindFun(word.c_str(), 0) != nullptr; }
 
-BOOL ColorEditWnd::IsParamName(const std::vector<CParam>& params, const CString& word) const {
+bool IsParamName(const std::vector<CParam>& params, const CString& word) {
     const std::string_view key = TrimLeading(word);
     return std::any_of(params.begin(), params.end(),
                        [key](const CParam& param) { return EqualsIgnoringCase(param.m_strName, key); });
 }
 
-BOOL ColorEditWnd::IsIdentifyName(const char* word) const {
-    const std::string_view key = ny::TrimBytes(word, ny::kWhiteSpace);
-    return std::find(m_arIdentifiers.begin(), m_arIdentifiers.end(), key) != m_arIdentifiers.end();
+bool IsIdentifyName(const std::vector<CString>& identifiers, const char* word) {
+    const std::string_view key = TrimBytes(word, kWhiteSpace);
+    return std::find(identifiers.begin(), identifiers.end(), key) != identifiers.end();
 }
 
-CIndicator* ColorEditWnd::IsIndicatorName(const char* word, char& kind, CString& indicator,
-                                          CString& line) const {
-    const CString upper = ny::UpperGbk(word);
+CIndicator* IsIndicatorName(const char* word, char& kind, CString& indicator, CString& line) {
+    const CString upper = UpperGbk(word);
     const size_t stop = upper.rfind('.');
     if (stop == CString::npos || stop == 0) {
         kind = 2;
@@ -69,11 +71,4 @@ CIndicator* ColorEditWnd::IsIndicatorName(const char* word, char& kind, CString&
     return g_MyGetIndicator(indicator, NY_KIND_INDICATOR);
 }
 
-int ColorEditWnd::GetColor(int colourClass) const {
-    switch (colourClass) {
-        case 1: return m_crNumber;
-        case 2: return m_crKeyWord;
-        case 3: return m_crFunction;
-        default: return m_crText;
-    }
-}
+}  // namespace ny

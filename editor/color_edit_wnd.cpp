@@ -1,4 +1,4 @@
-// The script editor: its text and the lexer module it opens.
+// The script editor: its text, the lexer module it opens, and the syntax test over them.
 
 #include "editor/color_edit_wnd.h"
 
@@ -7,6 +7,8 @@
 
 #include <climits>
 
+#include "check/syntax_checker.h"
+#include "check/word_classes.h"
 #include "host/global.h"
 
 namespace {
@@ -62,3 +64,47 @@ void ColorEditWnd::CloseLexical() {
 CString ColorEditWnd::GetText() const { return m_strText; }
 
 void ColorEditWnd::SetText(const CString& text) { m_strText = text; }
+
+void ColorEditWnd::LoadKeyWord() { m_arKeyWords = ny::KeyWords(); }
+
+BOOL ColorEditWnd::IsKeyWord(const CString& word) const { return ny::IsKeyWord(m_arKeyWords, word); }
+
+BOOL ColorEditWnd::IsFunName(const CString& word) const { return ny::IsFunName(word); }
+
+BOOL ColorEditWnd::IsParamName(const std::vector<CParam>& params, const CString& word) const {
+    return ny::IsParamName(params, word);
+}
+
+BOOL ColorEditWnd::IsIdentifyName(const char* word) const { return ny::IsIdentifyName(m_arIdentifiers, word); }
+
+CIndicator* ColorEditWnd::IsIndicatorName(const char* word, char& kind, CString& indicator,
+                                          CString& line) const {
+    return ny::IsIndicatorName(word, kind, indicator, line);
+}
+
+int ColorEditWnd::GetColor(int colourClass) const {
+    switch (colourClass) {
+        case 1: return m_crNumber;
+        case 2: return m_crKeyWord;
+        case 3: return m_crFunction;
+        default: return m_crText;
+    }
+}
+
+SYNTestResult ColorEditWnd::GetTestResult(const std::vector<CParam>& params) {
+    return CSyntaxChecker(m_pfnLexical, m_arIdentifiers).GetTestResult(GetText(), params);
+}
+
+SYNTestLineResult ColorEditWnd::GetLineTestResult(const char* line, const std::vector<CParam>& params) {
+    return CSyntaxChecker(m_pfnLexical, m_arIdentifiers).GetLineTestResult(line, params);
+}
+
+SYNTestLineResult ColorEditWnd::CheckLineExpress(const char* express, const std::vector<CParam>& params) {
+    return CSyntaxChecker(m_pfnLexical, m_arIdentifiers).CheckLineExpress(express, params);
+}
+
+int ColorEditWnd::IsValidAfExpress(const std::vector<AfPressItem>& items) {
+    return CSyntaxChecker::IsValidAfExpress(items);
+}
+
+int ColorEditWnd::CheckLParen(const std::vector<OPITEM>& ops) { return CSyntaxChecker::CheckLParen(ops); }

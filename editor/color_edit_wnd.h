@@ -1,7 +1,7 @@
 #pragma once
 // The script editor. So far it holds what the syntax test needs: the editor's text, the lexer
-// module, the word classes that tell what a word of a formula is, and the test itself. None of it
-// needs a window.
+// module and the word classes; the test itself (check/syntax_checker.h) runs over those. None of
+// it needs a window.
 
 #include <vector>
 
@@ -51,7 +51,7 @@ public:
     // Colour of a colour class: 1 numbers, 2 keywords, 3 functions, other plain text.
     int GetColor(int colourClass) const;
 
-    // ---- Syntax test. ----
+    // ---- Syntax test: CSyntaxChecker over the text, m_arIdentifiers and the lexer. ----
     // Tests the editor's text and cuts it into statements; params are the formula's parameters.
     SYNTestResult GetTestResult(const std::vector<CParam>& params);
     // Tests one upper-cased statement. A statement that passes adds its name to m_arIdentifiers.

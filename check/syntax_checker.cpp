@@ -1,4 +1,4 @@
-// The syntax test of the script editor: cuts a formula into statements (GetTestResult), walks
+// The syntax test: cuts a formula into statements (GetTestResult), walks
 // each statement's tokens with a stack of open calls (GetLineTestResult), and walks the expression
 // once more in postfix form to see that every argument and the whole reduce to one value
 // (CheckLineExpress). It computes nothing.
@@ -9,7 +9,8 @@
 
 #include "catalog/function_manager.h"
 #include "check/gbk_text.h"
-#include "editor/color_edit_wnd.h"
+#include "check/syntax_checker.h"
+#include "check/word_classes.h"
 
 namespace {
 
@@ -59,12 +60,6 @@ CString StatementName(std::string_view head) {
     return CString(ny::TrimBytes(head, ny::kWhiteSpace));
 }
 
-CMyLexicalAnaly Tokens(const ColorEditWnd& editor, const CString& text) {
-    CMyLexicalAnaly tokens;
-    editor.m_pfnLexical(text.c_str(), &tokens);
-    return tokens;
-}
-
 std::string_view TokenText(std::string_view text, const LEX_TOKEN& token) {
     return text.substr(static_cast<size_t>(token.nPos), static_cast<size_t>(token.nLen));
 }
@@ -73,15 +68,15 @@ std::string_view TokenText(std::string_view text, const LEX_TOKEN& token) {
 // The statement walk: the statement's form, names, argument counts and draw attributes.
 class StatementWalk {
 public:
-    StatementWalk(ColorEditWnd& editor, const char* line, const std::vector<CParam>& params)
-        : m_editor(editor), m_statement(line), m_params(params) {}
+    StatementWalk(CSyntaxChecker& checker, const char* line, const std::vector<CParam>& params)
+        : m_checker(checker), m_statement(line), m_params(params) {}
 
     SYNTestLineResult Run() {
         if (m_statement.size() > static_cast<size_t>(NY_LEXICAL_MAX_TEXT)) {
             Fail(NY_TEST_BAD_EXPRESSION, m_statement);
             return m_result;
         }
-        CMyLexicalAnaly tokens = Tokens(m_editor, m_statement);
+        CMyLexicalAnaly tokens = m_checker.Tokens(m_statement);
         for (int i = 0; i < tokens.GetTokenCount(); ++i)
             if (!Step(i, tokens.GetToken(static_cast<unsigned>(i)))) return m_result;
         CheckEnd();
@@ -95,12 +90,12 @@ private:
         m_result.strError = error;
     }
     bool Known(const CString& word) const {
-        return m_editor.IsParamName(m_params, word) || m_editor.IsIdentifyName(word.c_str());
+        return ny::IsParamName(m_params, word) || m_checker.IsIdentifyName(word.c_str());
     }
     CIndicator* Indicator(const CString& word) const {
         char kind;
         CString indicator, line;
-        return m_editor.IsIndicatorName(word.c_str(), kind, indicator, line);
+        return ny::IsIndicatorName(word.c_str(), kind, indicator, line);
     }
     void SetName(int pos, const CString& word) {
         m_namePending = true;
@@ -257,7 +252,7 @@ private:
         if (IsTextFunction(m_frames.back().strName)) {
             m_namePending = false;
         } else if (g_MyFunsMng.FindFun(text.c_str(), 1) == nullptr && !Known(text) &&
-                   Indicator(text) == nullptr && !m_editor.IsKeyWord(text)) {
+                   Indicator(text) == nullptr && !ny::IsKeyWord(ny::KeyWords(), text)) {
             SetName(token.nPos, text);
         }
     }
@@ -313,7 +308,7 @@ private:
             Fail(NY_TEST_BAD_EXPRESSION, express);
             return;
         }
-        const SYNTestLineResult checked = m_editor.CheckLineExpress(express.c_str(), m_params);
+        const SYNTestLineResult checked = m_checker.CheckLineExpress(express.c_str(), m_params);
         m_result.nResult = checked.nResult;
         m_result.strError = checked.strError;
         if (m_result.nResult == NY_TEST_OK) FillItem(express);
@@ -331,7 +326,7 @@ private:
                 Fail(NY_TEST_BAD_MARKER, m_statement);
                 return;
             }
-            m_editor.m_arIdentifiers.push_back(item.strName);
+            m_checker.Identifiers().push_back(item.strName);
         }
         if (m_assignPos >= 0) {
             item.nType = NY_STYLE_ASSIGNMENT;
@@ -343,7 +338,7 @@ private:
         item.nType = m_stylePos > 0 ? m_styleValue : NY_STYLE_LINE;
     }
 
-    ColorEditWnd& m_editor;
+    CSyntaxChecker& m_checker;
     const CString m_statement;
     const std::vector<CParam>& m_params;
     SYNTestLineResult m_result;
@@ -366,8 +361,8 @@ private:
 // The expression walk: postfix lists with one operator level, one list per open call.
 class ExpressionWalk {
 public:
-    ExpressionWalk(ColorEditWnd& editor, const char* express, const std::vector<CParam>& params)
-        : m_editor(editor), m_express(express), m_params(params) {}
+    ExpressionWalk(CSyntaxChecker& checker, const char* express, const std::vector<CParam>& params)
+        : m_checker(checker), m_express(express), m_params(params) {}
 
     SYNTestLineResult Run() {
         SYNTestLineResult result;
@@ -386,7 +381,7 @@ private:
     }
 
     bool Walk() {
-        CMyLexicalAnaly tokens = Tokens(m_editor, m_express);
+        CMyLexicalAnaly tokens = m_checker.Tokens(m_express);
         const int count = tokens.GetTokenCount();
         short prev = -1;
         for (int i = 0; i < count; ++i) {
@@ -397,7 +392,7 @@ private:
         if (!Drain(m_ops, m_postfix)) return false;
         // A comment alone is a valid statement.
         if (count == 1 && m_sawComment) return true;
-        return ColorEditWnd::IsValidAfExpress(m_postfix) != 0;
+        return CSyntaxChecker::IsValidAfExpress(m_postfix) != 0;
     }
 
     static bool IsOperator(short code) {
@@ -442,10 +437,10 @@ private:
     void OnWord(const CString& text) {
         char kind;
         CString indicator, line;
-        if (m_editor.IsKeyWord(text) || m_editor.IsIdentifyName(text.c_str()) ||
-            m_editor.IsParamName(m_params, text) ||
+        if (ny::IsKeyWord(ny::KeyWords(), text) || m_checker.IsIdentifyName(text.c_str()) ||
+            ny::IsParamName(m_params, text) ||
             (!m_calls.empty() && IsTextFunction(m_calls.back().strName)) ||
-            m_editor.IsIndicatorName(text.c_str(), kind, indicator, line) != nullptr)
+            ny::IsIndicatorName(text.c_str(), kind, indicator, line) != nullptr)
             AppendOperand(text);
     }
 
@@ -491,7 +486,7 @@ private:
     bool OnClose() {
         if (!m_calls.empty() && m_calls.back().nParen == 1) {
             CallExpress& call = m_calls.back();
-            if (!Drain(call.arOps, call.arPostfix) || !ColorEditWnd::IsValidAfExpress(call.arPostfix))
+            if (!Drain(call.arOps, call.arPostfix) || !CSyntaxChecker::IsValidAfExpress(call.arPostfix))
                 return false;
             const CString name = call.strName;
             m_calls.pop_back();
@@ -504,7 +499,7 @@ private:
 
     // Moves the operators of a parenthesis to the postfix list and drops its "(".
     static bool CloseParenthesis(std::vector<OPITEM>& ops, std::vector<AfPressItem>& postfix) {
-        if (!ColorEditWnd::CheckLParen(ops)) return false;
+        if (!CSyntaxChecker::CheckLParen(ops)) return false;
         while (ops.back().nOp != NY_TOKEN_LPAREN) {
             postfix.push_back(AfPressItem{NY_AF_OPERATOR, CString(), ops.back().nOp});
             ops.pop_back();
@@ -518,7 +513,7 @@ private:
     bool OnComma() {
         if (m_calls.empty()) return true;
         CallExpress& call = m_calls.back();
-        if (!Drain(call.arOps, call.arPostfix) || !ColorEditWnd::IsValidAfExpress(call.arPostfix))
+        if (!Drain(call.arOps, call.arPostfix) || !CSyntaxChecker::IsValidAfExpress(call.arPostfix))
             return false;
         call.arOps.clear();
         call.arPostfix.clear();
@@ -537,7 +532,7 @@ private:
         return true;
     }
 
-    ColorEditWnd& m_editor;
+    CSyntaxChecker& m_checker;
     const CString m_express;
     const std::vector<CParam>& m_params;
 
@@ -550,9 +545,9 @@ private:
 };
 
 // Tests one statement of the text and records its outcome; false when it failed.
-bool TestStatement(ColorEditWnd& editor, std::string_view statement, const std::vector<CParam>& params,
+bool TestStatement(CSyntaxChecker& checker, std::string_view statement, const std::vector<CParam>& params,
                    SYNTestResult& result) {
-    const SYNTestLineResult line = editor.GetLineTestResult(ny::UpperGbk(statement).c_str(), params);
+    const SYNTestLineResult line = checker.GetLineTestResult(ny::UpperGbk(statement).c_str(), params);
     result.nResult = line.nResult;
     result.strError = line.strError;
     if (line.nResult != NY_TEST_OK) return false;
@@ -570,9 +565,8 @@ SYNTestLineResult NoLexer() {
 
 }  // namespace
 
-SYNTestResult ColorEditWnd::GetTestResult(const std::vector<CParam>& params) {
+SYNTestResult CSyntaxChecker::GetTestResult(const CString& text, const std::vector<CParam>& params) {
     SYNTestResult result;
-    const CString text = GetText();
     result.strFormula = text;
     // Text of nothing but blanks, line ends and ";" holds no statement.
     if (ny::TrimBytes(text, " \t\r\n;").empty()) {
@@ -616,17 +610,17 @@ SYNTestResult ColorEditWnd::GetTestResult(const std::vector<CParam>& params) {
     return result;
 }
 
-SYNTestLineResult ColorEditWnd::GetLineTestResult(const char* line, const std::vector<CParam>& params) {
+SYNTestLineResult CSyntaxChecker::GetLineTestResult(const char* line, const std::vector<CParam>& params) {
     if (m_pfnLexical == nullptr) return NoLexer();
     return StatementWalk(*this, line, params).Run();
 }
 
-SYNTestLineResult ColorEditWnd::CheckLineExpress(const char* express, const std::vector<CParam>& params) {
+SYNTestLineResult CSyntaxChecker::CheckLineExpress(const char* express, const std::vector<CParam>& params) {
     if (m_pfnLexical == nullptr) return NoLexer();
     return ExpressionWalk(*this, express, params).Run();
 }
 
-int ColorEditWnd::IsValidAfExpress(const std::vector<AfPressItem>& items) {
+int CSyntaxChecker::IsValidAfExpress(const std::vector<AfPressItem>& items) {
     int depth = 0;
     for (const AfPressItem& item : items) {
         if (item.nKind != NY_AF_OPERATOR) {
@@ -639,6 +633,14 @@ int ColorEditWnd::IsValidAfExpress(const std::vector<AfPressItem>& items) {
     return depth == 1 ? 1 : 0;
 }
 
-int ColorEditWnd::CheckLParen(const std::vector<OPITEM>& ops) {
+int CSyntaxChecker::CheckLParen(const std::vector<OPITEM>& ops) {
     return std::any_of(ops.begin(), ops.end(), [](const OPITEM& op) { return op.nOp == NY_TOKEN_LPAREN; }) ? 1 : 0;
 }
+
+CMyLexicalAnaly CSyntaxChecker::Tokens(const CString& text) const {
+    CMyLexicalAnaly tokens;
+    m_pfnLexical(text.c_str(), &tokens);
+    return tokens;
+}
+
+bool CSyntaxChecker::IsIdentifyName(const char* word) const { return ny::IsIdentifyName(m_arIdentifiers, word); }
