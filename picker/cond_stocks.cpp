@@ -4,7 +4,6 @@
 #include "picker/cond_stocks.h"
 
 #include <algorithm>
-#include <cstring>
 #include <thread>
 
 #include "host/clock.h"
@@ -38,7 +37,6 @@ CCondStocks::CCondStocks() : m_hRTEvent(ny::OpenNamedEvent(MY_EVENT_CondStocks_A
 CCondStocks::~CCondStocks() {
     Stop();
     if (m_hThread.joinable()) m_hThread.join();
-    Free();
 }
 
 void CCondStocks::InitStatus() {
@@ -188,10 +186,7 @@ void CCondStocks::ProcCondPick() {
 }
 
 BOOL CCondStocks::ProcCondPick_Item(int stockId) {
-    m_lStockID = stockId;
-    LoadPower();
-    RequestData();
-    if (m_pDrawData == nullptr || m_nDrawCount < 1) return FALSE;
+    if (!Load(stockId, m_nPeriod, m_nPower, m_nVarPeriod)) return FALSE;
     for (CIndicator* indicator : m_arIndicators)
         if (indicator != nullptr) ComputeOnDrawData(indicator);
     std::fill(m_pResult, m_pResult + m_nDrawCount, 0.0f);
@@ -247,44 +242,17 @@ BOOL CCondStocks::Verdict() const {
 
 // ---- Single-stock services ----
 
-// Loads a stock's bars outside a pick; true if any came out.
-bool CCondStocks::LoadStock(int stockId, short period, int power, int varPeriod) {
-    m_lStockID = stockId;
-    m_nPeriod = period;
-    m_nPower = power;
-    m_nVarPeriod = varPeriod;
-    LoadPower();
-    RequestData();
-    return m_pDrawData != nullptr && m_nDrawCount > 0;
-}
-
 BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period, int power, int varPeriod) {
-    if (!LoadStock(stockId, period, power, varPeriod) || indicator == nullptr) return FALSE;
-    if (m_nDrawCount > kExploreBars) {
-        std::memmove(m_pDrawData, m_pDrawData + (m_nDrawCount - kExploreBars),
-                     sizeof(CHisDay) * kExploreBars);
-        m_nDrawCount = kExploreBars;
-    }
+    if (!Load(stockId, period, power, varPeriod) || indicator == nullptr) return FALSE;
+    KeepLast(kExploreBars);
     ComputeOnDrawData(indicator);
     return TRUE;
 }
 
 BOOL CCondStocks::BeforeExplore(int stockId, int beginDate, int endDate, short period, int power) {
-    if (!LoadStock(stockId, period, power, 0)) return FALSE;
+    if (!Load(stockId, period, power, 0)) return FALSE;
     if (beginDate < 1 || endDate < 1 || beginDate >= endDate) return TRUE;
-    // The range is compared with the date of each bar, which for minute bars is part of the stamp.
-    auto firstOnOrAfter = [this](int date) {
-        for (short b = 0; b < m_nDrawCount; ++b)
-            if (DayOfBar(m_pDrawData[b].m_lTime) >= date) return b;
-        return static_cast<short>(-1);
-    };
-    const short from = firstOnOrAfter(beginDate);
-    const short to = firstOnOrAfter(endDate);
-    if (from < 0 || to < 0 || from == to) return FALSE;
-    const short count = static_cast<short>(to - from + 1);
-    std::memmove(m_pDrawData, m_pDrawData + from, sizeof(CHisDay) * count);
-    m_nDrawCount = count;
-    return TRUE;
+    return KeepDateRange(beginDate, endDate);
 }
 
 BOOL CCondStocks::ExploreTSIndicator(CIndicator* indicator) {

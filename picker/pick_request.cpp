@@ -168,9 +168,9 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
 bool LoadStockBars(int stockId, short period, bool adjustPower, std::vector<CHisDay>* bars) {
     bars->clear();
     if (period < NY_PERIOD_DAY || period > NY_PERIOD_MIN60) return false;
-    CCondStocks engine;
-    if (!engine.BeforeExplore(stockId, 0, 0, period, adjustPower ? 1 : 0)) return false;
-    bars->assign(engine.DrawData(), engine.DrawData() + engine.DrawCount());
+    CBarLoader loader;
+    if (!loader.Load(stockId, period, adjustPower ? 1 : 0, 0)) return false;
+    bars->assign(loader.DrawData(), loader.DrawData() + loader.DrawCount());
     return true;
 }
 

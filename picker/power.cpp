@@ -2,9 +2,9 @@
 // through the list (newest first, index 0 the latest event).
 
 #include "host/stockdb.h"
-#include "picker/cond_stocks.h"
+#include "picker/bar_loader.h"
 
-void CCondStocks::LoadPower() {
+void CBarLoader::LoadPower() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr) return;
     m_arPower.clear();
@@ -16,7 +16,7 @@ void CCondStocks::LoadPower() {
         g_MyLoadPowerById(m_arPower, m_lStockID % 1000000);
 }
 
-int CCondStocks::GetStartCQ(int date, CPowerData& record) {
+int CBarLoader::GetStartCQ(int date, CPowerData& record) {
     for (size_t i = 0; i < m_arPower.size(); ++i) {
         if (m_arPower[i].m_lDate <= date) {
             record = m_arPower[i];
@@ -26,7 +26,7 @@ int CCondStocks::GetStartCQ(int date, CPowerData& record) {
     return -1;
 }
 
-int CCondStocks::GetNextCQ(int index, CPowerData& record, int direction) {
+int CBarLoader::GetNextCQ(int index, CPowerData& record, int direction) {
     const int last = static_cast<int>(m_arPower.size()) - 1;
     int next;
     if (direction == 0) {
@@ -43,7 +43,7 @@ int CCondStocks::GetNextCQ(int index, CPowerData& record, int direction) {
 // Applies, backwards in time, every event dated after the day of stored bar r-1 up to and
 // including the day of bar r: the bars before such an event are scaled by the ratio of the
 // adjusted to the stored close of bar r-1.
-void CCondStocks::ApplyEvents(int r, int& index, CPowerData& record, float& factor) {
+void CBarLoader::ApplyEvents(int r, int& index, CPowerData& record, float& factor) {
     const int t1 = DayOfBar(m_pHisData[r].m_lTime);
     const int t0 = DayOfBar(m_pHisData[r - 1].m_lTime);
     while (index >= 0) {

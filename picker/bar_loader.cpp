@@ -1,6 +1,6 @@
-// The bar pipeline of the picker: a stock's stored bars, today's data on top, the map of stored
+// The bar loader's pipeline: a stock's stored bars, today's data on top, the map of stored
 // bars to bars of the wanted period, the merge (with or without ex-rights adjustment) and the
-// optional regrouping into runs up and down. All of it works on the engine's reusable buffers.
+// optional regrouping into runs up and down. All of it works on the loader's reusable buffers.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,7 +12,8 @@
 
 #include "host/clock.h"
 #include "host/stockdb.h"
-#include "picker/cond_stocks.h"
+#include "model/indicator.h"
+#include "picker/bar_loader.h"
 
 static_assert(std::endian::native == std::endian::little, "bar files are read straight into CHisDay records");
 
@@ -82,9 +83,43 @@ private:
 
 }  // namespace
 
+CBarLoader::~CBarLoader() { Free(); }
+
+bool CBarLoader::Load(int stockId, short period, int power, int varPeriod) {
+    m_lStockID = stockId;
+    m_nPeriod = period;
+    m_nPower = power;
+    m_nVarPeriod = varPeriod;
+    LoadPower();
+    RequestData();
+    return m_pDrawData != nullptr && m_nDrawCount > 0;
+}
+
+void CBarLoader::KeepLast(short count) {
+    if (m_nDrawCount <= count) return;
+    std::memmove(m_pDrawData, m_pDrawData + (m_nDrawCount - count), sizeof(CHisDay) * count);
+    m_nDrawCount = count;
+}
+
+bool CBarLoader::KeepDateRange(int beginDate, int endDate) {
+    // The range is compared with the date of each bar, which for minute bars is part of the stamp.
+    auto firstOnOrAfter = [this](int date) {
+        for (short b = 0; b < m_nDrawCount; ++b)
+            if (DayOfBar(m_pDrawData[b].m_lTime) >= date) return b;
+        return static_cast<short>(-1);
+    };
+    const short from = firstOnOrAfter(beginDate);
+    const short to = firstOnOrAfter(endDate);
+    if (from < 0 || to < 0 || from == to) return false;
+    const short count = static_cast<short>(to - from + 1);
+    std::memmove(m_pDrawData, m_pDrawData + from, sizeof(CHisDay) * count);
+    m_nDrawCount = count;
+    return true;
+}
+
 // ---- Buffers ----
 
-void CCondStocks::AllocMem() {
+void CBarLoader::AllocMem() {
     const short size = static_cast<short>(m_nHisCount + kBufferSlack);
     Free();
     m_pHisData = new CHisDay[size];
@@ -95,7 +130,7 @@ void CCondStocks::AllocMem() {
     m_nBufSize = size;
 }
 
-void CCondStocks::ReAlloc() {
+void CBarLoader::ReAlloc() {
     const short size = static_cast<short>(m_nHisCount + kBufferSlack);
     CHisDay* his = new CHisDay[size];
     if (m_pHisData != nullptr) std::memcpy(his, m_pHisData, sizeof(CHisDay) * std::min(m_nBufSize, size));
@@ -108,7 +143,7 @@ void CCondStocks::ReAlloc() {
     m_nBufSize = size;
 }
 
-void CCondStocks::Free() {
+void CBarLoader::Free() {
     delete[] m_pHisData;
     delete[] m_pDrawData;
     delete[] m_pTempData;
@@ -122,7 +157,7 @@ void CCondStocks::Free() {
 
 // ---- Loading ----
 
-BOOL CCondStocks::RequestData() {
+BOOL CBarLoader::RequestData() {
     m_nHisCount = 0;
     m_nDrawCount = 0;
     // A stock without a stored day file gets no bar of today either, whatever earlier stocks
@@ -134,7 +169,7 @@ BOOL CCondStocks::RequestData() {
     return TRUE;
 }
 
-BOOL CCondStocks::LoadHisData() {
+BOOL CBarLoader::LoadHisData() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr) return FALSE;
     const CString path = m_nPeriod == NY_PERIOD_MIN1  ? stock->GetMinuteFilePath()
@@ -151,7 +186,7 @@ BOOL CCondStocks::LoadHisData() {
     return TRUE;
 }
 
-BOOL CCondStocks::LoadRTData() {
+BOOL CBarLoader::LoadRTData() {
     if (m_nPeriod <= NY_PERIOD_YEAR)
         LoadRTData_Day();
     else
@@ -159,7 +194,7 @@ BOOL CCondStocks::LoadRTData() {
     return TRUE;
 }
 
-void CCondStocks::LoadRTData_Day() {
+void CBarLoader::LoadRTData_Day() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr || m_pDrawData == nullptr) return;
     // A stock without a latest price has no quote today: nothing to add.
@@ -184,7 +219,7 @@ void CCondStocks::LoadRTData_Day() {
     if (today.m_fLow == 0) today.m_fLow = last;
 }
 
-void CCondStocks::LoadRTData_Minute() {
+void CBarLoader::LoadRTData_Minute() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr) return;
     BarFile file(stock->GetMinuteFilePath());
@@ -211,7 +246,7 @@ void CCondStocks::LoadRTData_Minute() {
     std::memcpy(m_pHisData + at, m_arMinute.data(), sizeof(CHisDay) * count);
 }
 
-void CCondStocks::ChangeToMinute5(CHisDay* bars, short& count) {
+void CBarLoader::ChangeToMinute5(CHisDay* bars, short& count) {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr || count < 1) return;
     m_arFold.assign(bars, bars + count);
@@ -257,7 +292,7 @@ int WeekDayOf(long day) {
 
 }  // namespace
 
-BOOL CCondStocks::IsSamePeriod(int earlier, int later) {
+BOOL CBarLoader::IsSamePeriod(int earlier, int later) {
     switch (m_nPeriod) {
         case NY_PERIOD_WEEK: {
             // Weekday numbers run from Sunday (1) to Saturday (7): a later bar of the same week has
@@ -286,7 +321,7 @@ BOOL CCondStocks::IsSamePeriod(int earlier, int later) {
     }
 }
 
-void CCondStocks::CalcDrawDays() {
+void CBarLoader::CalcDrawDays() {
     short n = 0;
     if (m_pDrawNo != nullptr) {
         const bool oneToOne = m_nPeriod == NY_PERIOD_DAY || m_nPeriod == NY_PERIOD_MIN5;
@@ -301,11 +336,11 @@ void CCondStocks::CalcDrawDays() {
 
 // ---- Merge ----
 
-int CCondStocks::DayOfBar(int time) const {
+int CBarLoader::DayOfBar(int time) const {
     return m_nPeriod <= NY_PERIOD_YEAR ? time : CStock::Min5Time2Day(time);
 }
 
-void CCondStocks::ChangeDataType() {
+void CBarLoader::ChangeDataType() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (m_nDrawCount < 1 || stock == nullptr || m_pDrawData == nullptr || m_pHisData == nullptr ||
         m_pDrawNo == nullptr)
@@ -327,7 +362,7 @@ void CCondStocks::ChangeDataType() {
 
 // Walks from the newest stored bar to the oldest; prices before each ex-rights event are scaled
 // by the factor of all events after them, so the newest bars stay as stored.
-void CCondStocks::MergeAdjusted(int firstRaw, int lastRaw, char market) {
+void CBarLoader::MergeAdjusted(int firstRaw, int lastRaw, char market) {
     float factor = 1.0f;
     CPowerData record;
     int index = GetStartCQ(DayOfBar(m_pHisData[lastRaw].m_lTime), record);
@@ -364,7 +399,7 @@ void CCondStocks::MergeAdjusted(int firstRaw, int lastRaw, char market) {
 }
 
 // Walks forwards with prices as stored; the capital follows the ex-rights record in force.
-void CCondStocks::MergeAsStored(int firstRaw, char market) {
+void CBarLoader::MergeAsStored(int firstRaw, char market) {
     CPowerData record;
     int index = GetStartCQ(DayOfBar(m_pHisData[firstRaw].m_lTime), record);
     float capital = index >= 0 ? record.m_fCapital : 0;
@@ -406,7 +441,7 @@ void CCondStocks::MergeAsStored(int firstRaw, char market) {
 
 // ---- Runs up and down ----
 
-void CCondStocks::CalcVarPeriod() {
+void CBarLoader::CalcVarPeriod() {
     if (m_pDrawData == nullptr || m_pTempData == nullptr || m_nDrawCount <= 0) return;
     std::copy(m_pDrawData, m_pDrawData + m_nDrawCount, m_pTempData);
     std::fill(m_pDrawData, m_pDrawData + m_nBufSize, CHisDay{});
