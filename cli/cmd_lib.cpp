@@ -91,7 +91,7 @@ int RunList(const ListOptions& options, const GlobalOptions& global) {
         for (const CIndicator* f : shown)
             out.push_back({{"name", ToTerminal(f->m_strName)}, {"kind", f->m_MainType},
                            {"kind_label", ToTerminal(ny::KindLabel(f->m_MainType))}, {"group", f->m_SubType},
-                           {"group_label", ToTerminal(ny::GroupLabel(f->m_SubType))},
+                           {"group_label", ToTerminal(ny::GroupLabelOf(*f))},
                            {"title", ToTerminal(f->m_strTitle)}, {"pinyin", JoinCodes(f->m_arPYCodes)},
                            {"system", IsSystem(*f)}, {"params", f->m_arParams.size()}});
         std::cout << out.dump(2) << "\n";
@@ -99,7 +99,7 @@ int RunList(const ListOptions& options, const GlobalOptions& global) {
     }
     TextTable table({"kind", "group", "name", "title", "pinyin", "origin"});
     for (const CIndicator* f : shown)
-        table.AddRow({ToTerminal(ny::KindLabel(f->m_MainType)), ToTerminal(ny::GroupLabel(f->m_SubType)),
+        table.AddRow({ToTerminal(ny::KindLabel(f->m_MainType)), ToTerminal(ny::GroupLabelOf(*f)),
                       ToTerminal(f->m_strName), ToTerminal(f->m_strTitle), JoinCodes(f->m_arPYCodes),
                       ToTerminal(Origin(*f))});
     std::cout << table.Render() << table.RowCount() << " formulas\n";
@@ -214,7 +214,7 @@ int RunAdd(const NamedOptions& options, const GlobalOptions& global) {
 
 struct BuildOptions {
     std::vector<std::string> sources;
-    std::string output;
+    std::string folder;
 };
 
 std::vector<std::string> SourceFiles(const std::vector<std::string>& sources) {
@@ -234,30 +234,57 @@ std::vector<std::string> SourceFiles(const std::vector<std::string>& sources) {
     return files;
 }
 
+// The system set is two files. The everyday formulas go into nysys.dat, which the library loads
+// first and as it stands, so each keeps its own group; its short form holds 2,047 bytes of source.
+// The distinctive ones, the indicators of the group 特色指标, go into the base set nybase.dat
+// (long form), whose load puts every indicator into that group.
+constexpr short kDistinctiveGroup = 6;
+
+bool IsDistinctive(const CIndicator& f) {
+    return f.m_MainType == NY_KIND_INDICATOR && f.m_SubType == kDistinctiveGroup;
+}
+
+struct SystemSet {
+    const char* file;
+    BOOL bLong;
+    std::vector<const CIndicator*> formulas;
+};
+
+int WriteSystemSet(const std::string& folder, const SystemSet& set) {
+    const std::string path = folder + "/" + set.file;
+    const bool written = ny::WriteFileAtomically(path, [&](CBinStream& stream) {
+        ny::WriteFormulaHeader(stream, 0, static_cast<short>(set.formulas.size()));
+        for (const CIndicator* f : set.formulas) f->Save(stream, set.bLong);
+    });
+    if (!written) return Fail(kExitRefused, "cannot write " + path);
+    std::cout << "built " << set.formulas.size() << " formulas into " << path << "\n";
+    return kExitOk;
+}
+
 int RunBuild(const BuildOptions& options, const GlobalOptions& global) {
     if (int status = OpenHome(global, false); status != kExitOk) return status;
     const std::vector<std::string> files = SourceFiles(options.sources);
     if (files.empty()) return Fail(kExitRefused, "no formula sources (*.fml) found");
     // The set is tested on its own: a formula may refer only to formulas built before it.
     g_MyRemoveIndicators();
-    std::vector<CIndicator*> built;
+    SystemSet everyday{"nysys.dat", FALSE, {}}, distinctive{"nybase.dat", TRUE, {}};
     for (const std::string& path : files) {
         auto f = std::make_unique<CIndicator>();
         if (int status = CompileSourceFile(path, f.get()); status != kExitOk) return status;
         if (g_MyGetIndicator(f->m_strName, f->m_MainType) != nullptr)
             return Fail(kExitRefused, path + ": a formula " + ToTerminal(f->m_strName) + " of this kind comes earlier");
+        const size_t sourceBytes = f->m_strSource.size();
+        if (!IsDistinctive(*f) && ny::FieldTextLength(f->m_strSource, ny::SHORT_SOURCE_BYTES) < sourceBytes)
+            return Fail(kExitRefused, path + ": the source has " + std::to_string(sourceBytes) +
+                                          " bytes; the short form of nysys.dat holds at most " +
+                                          std::to_string(ny::SHORT_SOURCE_BYTES - 1));
         f->m_SysIndex = 1;
-        built.push_back(f.get());
+        (IsDistinctive(*f) ? distinctive : everyday).formulas.push_back(f.get());
         g_MyAddIndicator(f.release());
     }
-    const std::string output = options.output.empty() ? g_MyExePath + "defineuser/indi/nybase.dat" : options.output;
-    const bool written = ny::WriteFileAtomically(output, [&](CBinStream& stream) {
-        ny::WriteFormulaHeader(stream, 0, static_cast<short>(built.size()));
-        for (const CIndicator* f : built) f->Save(stream, TRUE);
-    });
-    if (!written) return Fail(kExitRefused, "cannot write " + output);
-    std::cout << "built " << built.size() << " formulas into " << output << "\n";
-    return kExitOk;
+    const std::string folder = options.folder.empty() ? g_MyExePath + "defineuser/indi" : options.folder;
+    if (int status = WriteSystemSet(folder, everyday); status != kExitOk) return status;
+    return WriteSystemSet(folder, distinctive);
 }
 
 }  // namespace
@@ -334,9 +361,10 @@ void AddLibCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     rem->callback([o = remOptions, &global, &status] { status = RunRemove(*o, global); });
 
     auto build = std::make_shared<BuildOptions>();
-    cmd = lib->add_subcommand("build", "Test readable formulas (*.fml) and write them as a set of system formulas");
+    cmd = lib->add_subcommand("build", "Test readable formulas (*.fml) and write them as the system set");
     cmd->add_option("sources", build->sources, "Formula files, or folders searched for *.fml")->required();
-    cmd->add_option("-o,--output", build->output, "The set to write (default: defineuser/indi/nybase.dat of the installation)");
+    cmd->add_option("-o,--output", build->folder,
+                    "The folder to write nysys.dat and nybase.dat into (default: defineuser/indi of the installation)");
     cmd->callback([build, &global, &status] { status = RunBuild(*build, global); });
 }
 

@@ -292,6 +292,10 @@ CString GroupLabel(short subType) {
     return CString();
 }
 
+CString GroupLabelOf(const CIndicator& formula) {
+    return IsGroupOf(formula.m_MainType, formula.m_SubType) ? GroupLabel(formula.m_SubType) : CString();
+}
+
 int CountParamMarks(const CString& tmpl) {
     int count = 0;
     for (size_t at = tmpl.find("Param"); at != CString::npos; at = tmpl.find("Param", at + 7)) ++count;
@@ -302,7 +306,7 @@ std::string FormatFormulaSource(const CIndicator& f) {
     std::string out;
     out += "name:  " + GbkToUtf8(f.m_strName) + "\n";
     out += "kind:  " + GbkToUtf8(KindLabel(f.m_MainType)) + "\n";
-    if (IsGroupOf(f.m_MainType, f.m_SubType)) out += "group: " + GbkToUtf8(GroupLabel(f.m_SubType)) + "\n";
+    if (const CString group = GroupLabelOf(f); !group.empty()) out += "group: " + GbkToUtf8(group) + "\n";
     if (!f.m_strTitle.empty()) out += "title: " + GbkToUtf8(f.m_strTitle) + "\n";
     if (f.m_MainType == NY_KIND_INDICATOR && (f.m_cDrawPos == 0 || f.m_cDrawPos == 1))
         out += "draw:  " + GbkToUtf8(kDrawPositions[static_cast<int>(f.m_cDrawPos)]) + "\n";

@@ -43,6 +43,9 @@ std::string FormatFormulaSource(const CIndicator& formula);
 // an empty string for a number that has none.
 CString KindLabel(short mainType);
 CString GroupLabel(short subType);
+// The label of a formula's group, or an empty string where its kind has no groups (trade systems
+// and candle rules) or the number is not a group of its kind.
+CString GroupLabelOf(const CIndicator& formula);
 
 // Number of "Param" marks in a parameter template.
 int CountParamMarks(const CString& tmpl);

@@ -175,18 +175,46 @@ TEST(NyindLib, ImportRefusesAFileOfTwoFormulas) {
 TEST(NyindLib, BuildFailsOnAFormulaThatDoesNotPassAndNamesIt) {
     TempDir dir;
     CopyInstallationBasics(dir.path() / "home");
+    const std::string build = "--home " + (dir.path() / "home").string() + " lib build " + (dir.path() / "src").string() +
+                              " -o " + (dir.path() / "set").string();
+    const std::string longSource = "X:C" + std::string(2045, ' ') + ";\n";  // 2,049 bytes
+    struct Case {
+        const char* second;  // UTF-8 source of the second formula, b.fml
+        std::string error;
+    } cases[] = {
+        {"name: BAD\nkind: 五彩K线\n[source]\nC>O AND;\n", "b.fml: " + U8("当前公式: BAD")},
+        {"name: BAD\nkind: 五彩K线\ngroup: 指标选股\n[source]\nC>O;\n", "b.fml:3: trade systems and candle rules have no group"},
+        {"name: BIG\nkind: 技术指标\ngroup: 趋向指标\n[source]\n", "b.fml: the source has 2049 bytes; the short form of nysys.dat holds at most 2047"},
+    };
     WriteText(dir.path() / "src/a.fml", U8("name: GOOD\nkind: 五彩K线\n[source]\nC>O;\n"));
-    WriteText(dir.path() / "src/b.fml", U8("name: BAD\nkind: 五彩K线\n[source]\nC>O AND;\n"));
-    const std::string out = (dir.path() / "set.dat").string();
-    RunResult r = Nyind("--home " + (dir.path() / "home").string() + " lib build " + (dir.path() / "src").string() + " -o " + out);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("b.fml: " + U8("当前公式: BAD")), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find(U8("表达式错误")), std::string::npos) << r.err;
-    EXPECT_FALSE(fs::exists(out));
-    WriteText(dir.path() / "src/b.fml", U8("name: BAD\nkind: 五彩K线\ngroup: 指标选股\n[source]\nC>O;\n"));
-    r = Nyind("--home " + (dir.path() / "home").string() + " lib build " + (dir.path() / "src").string() + " -o " + out);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("b.fml:3: trade systems and candle rules have no group"), std::string::npos) << r.err;
+    for (const Case& c : cases) {
+        WriteText(dir.path() / "src/b.fml", U8(c.second) + (c.error.find("2049") != std::string::npos ? longSource : ""));
+        const RunResult r = Nyind(build);
+        EXPECT_EQ(r.status, 1);
+        EXPECT_NE(r.err.find(c.error), std::string::npos) << r.err;
+        EXPECT_FALSE(fs::exists(dir.path() / "set/nysys.dat"));
+    }
+    // The long form of the distinctive set has room for it.
+    WriteText(dir.path() / "src/b.fml", U8("name: BIG\nkind: 技术指标\ngroup: 特色指标\n[source]\n") + longSource);
+    const RunResult r = Nyind(build);
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(fs::file_size(dir.path() / "set/nybase.dat"), 12u + 12205 + 552);
+    EXPECT_EQ(fs::file_size(dir.path() / "set/nysys.dat"), 12u + 4013 + 552);
+}
+
+// The everyday set keeps its groups; only the distinctive indicators show under 特色指标.
+TEST(NyindLib, ListShowsTheSystemSetInItsGroups) {
+    const struct {
+        const char* group;
+        const char* member;
+        const char* outsider;
+    } cases[] = {{"压力支撑", "BOLL ", "ATR "}, {"特色指标", "ATR ", "BOLL "}, {"指标选股", "BOLLXG ", "XPG "}, {"财务选股", "XPG ", "MACD "}};
+    for (const auto& c : cases) {
+        const RunResult r = Nyind("lib list --group " + U8(c.group));
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_NE(r.out.find(c.member), std::string::npos) << c.group << "\n" << r.out;
+        EXPECT_EQ(r.out.find(c.outsider), std::string::npos) << c.group << "\n" << r.out;
+    }
 }
 
 TEST(NyindData, ImportAddsAStockAndItsBarsOrNamesTheBadLine) {
