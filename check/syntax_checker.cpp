@@ -9,6 +9,7 @@
 
 #include "catalog/function_manager.h"
 #include "check/gbk_text.h"
+#include "check/statement_cutting.h"
 #include "check/syntax_checker.h"
 #include "check/word_classes.h"
 
@@ -555,8 +556,6 @@ bool TestStatement(CSyntaxChecker& checker, std::string_view statement, const st
     return true;
 }
 
-constexpr std::string_view kStatementEnds = "; \r\n";
-
 SYNTestLineResult NoLexer() {
     SYNTestLineResult result;
     result.nResult = NY_TEST_NO_LEXER;
@@ -579,34 +578,8 @@ SYNTestResult CSyntaxChecker::GetTestResult(const CString& text, const std::vect
     }
     m_arIdentifiers.clear();
 
-    const std::string_view all(text);
-    size_t semi = all.find(';');
-    if (semi == std::string_view::npos || semi == 0) {
-        TestStatement(*this, all, params, result);
-        return result;
-    }
-    size_t start = 0;
-    while (semi != std::string_view::npos) {
-        CString statement(ny::TrimBytes(all.substr(start, semi - start), kStatementEnds));
-        // A ";" inside a comment does not end the statement.
-        const size_t close = all.find('}', semi);
-        if (statement.find('{') != CString::npos && close != std::string_view::npos &&
-            statement.find('}') == CString::npos) {
-            statement += all.substr(semi, close - semi + 1);
-            semi = close + 1;
-        }
-        if (statement.empty()) {
-            ++start;
-            semi = all.find(';', start + 1);
-            continue;
-        }
-        if (!TestStatement(*this, statement, params, result)) return result;
-        start = semi;
-        semi = all.find(';', start + 1);
-    }
-    const std::string_view rest =
-        start + 1 < all.size() ? ny::TrimBytes(all.substr(start + 1), kStatementEnds) : std::string_view();
-    if (!rest.empty()) TestStatement(*this, rest, params, result);
+    for (const ny::FormulaStatement& statement : ny::CutStatements(text))
+        if (!TestStatement(*this, statement.text, params, result)) break;
     return result;
 }
 

@@ -8,6 +8,7 @@
 #include <climits>
 
 #include "check/syntax_checker.h"
+#include "check/translate.h"
 #include "check/word_classes.h"
 #include "host/global.h"
 
@@ -108,3 +109,5 @@ int ColorEditWnd::IsValidAfExpress(const std::vector<AfPressItem>& items) {
 }
 
 int ColorEditWnd::CheckLParen(const std::vector<OPITEM>& ops) { return CSyntaxChecker::CheckLParen(ops); }
+
+CString ColorEditWnd::GetTranslate() { return ny::FormulaTranslator(m_pfnLexical).GetTranslate(GetText()); }

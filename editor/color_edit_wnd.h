@@ -63,6 +63,11 @@ public:
     // The stack holds an opening parenthesis.
     static int CheckLParen(const std::vector<OPITEM>& ops);
 
+    // ---- Translation. ----
+    // The sentences of the editor's text, one line per statement (see ny::FormulaTranslator).
+    // Run after each keystroke; never fails.
+    CString GetTranslate();
+
     // The lexer module and its entry points; null when it did not open.
     void* m_hLexical = nullptr;
     NyLexicalAnalysisFn m_pfnLexical = nullptr;
