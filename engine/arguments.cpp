@@ -1,16 +1,17 @@
 // Reading the arguments of a function call: the opening parenthesis and the comma count first,
 // then each argument as an expression of its own with a private copy of the bar range.
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
 char CIndicator::BeginCall(int argumentCount) {
     while (*m_pCursor == ' ') ++m_pCursor;
-    if (*m_pCursor != '(') return 7;
+    if (*m_pCursor != '(') return NY_EVAL_UNKNOWN_WORD;
     ++m_pCursor;
     const unsigned char commas = static_cast<unsigned char>(CountCuma());
-    if (commas == 255) return 10;
-    if (commas != argumentCount - 1) return 11;
+    if (commas == 255) return NY_EVAL_UNTERMINATED;
+    if (commas != argumentCount - 1) return NY_EVAL_ARGUMENT_COUNT;
     return 0;
 }
 
@@ -33,7 +34,7 @@ char CIndicator::ReadConditionArgument(char* out, short* from, short* to, char* 
 char CIndicator::MergeRange(short* from, short* to, short argumentFrom, short argumentTo) {
     if (argumentFrom > *from) *from = argumentFrom;
     if (argumentTo < *to) *to = argumentTo;
-    return *from > *to ? 14 : 0;
+    return *from > *to ? NY_EVAL_EMPTY_RANGE : 0;
 }
 
 char CIndicator::ReadSoleArgument(float* out, short* from, short* to, char* isSeries, char allowSeries) {

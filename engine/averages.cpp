@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "engine/argument_scan.h"
+#include "engine/eval_code.h"
 #include "engine/function_util.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
@@ -116,7 +117,7 @@ char DateReference(const PeriodCall& c, const CHisDay* bars, short searchFrom, s
     int found = -1;
     for (int k = first; k < end && found < 0; ++k)
         if (bars[k].m_lTime == sought) found = k;
-    if (found < 0) return 3;
+    if (found < 0) return NY_EVAL_PARENTHESES;
     const float value = c.X(found);
     *from = c.x.from;
     *to = c.x.to;
@@ -143,7 +144,7 @@ void SumBars(const PeriodCall& c, float* out, short from, short to) {
 char CumulativeSum(const PeriodCall& c, float* out, short* from, short* to) {
     *from = std::max(*from, c.x.from);
     *to = c.x.to;
-    if (*from > *to) return 14;
+    if (*from > *to) return NY_EVAL_EMPTY_RANGE;
     float sum = 0.0f;
     for (long long j = c.x.from; j <= *from; ++j)
         sum = Accumulate(sum, c.X(j));
@@ -171,7 +172,7 @@ float RecursionStep(const PeriodCall& c, long long i, float y) {
 char Recursive(const PeriodCall& c, float* out, short* from, short* to) {
     *from = std::max({*from, c.x.from, c.period.from});
     *to = std::min({*to, c.x.to, c.period.to});
-    if (*from > *to) return 14;
+    if (*from > *to) return NY_EVAL_EMPTY_RANGE;
     float r = c.X(c.x.from);
     for (long long i = c.x.from + 1LL; i <= *from; ++i) r = RecursionStep(c, i, r);
     const ny::BarSpan bars(*from, *to, c.count);
@@ -336,7 +337,7 @@ char Window(const PeriodCall& c, float* out, short* from, short* to) {
         *to = std::min(c.x.to, c.period.to);
     }
     if (*from < 0) *from = 0;
-    if (NeedsSpan(c.name) && c.span < c.n) return 15;
+    if (NeedsSpan(c.name) && c.span < c.n) return NY_EVAL_BAD_PERIOD;
     const ny::BarSpan bars(*from, *to, c.count);
     if (bars.first > bars.last) return 0;  // an empty result: nothing is computed
     switch (c.name) {
@@ -379,7 +380,7 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
     if (rc != 0) return rc;
     char* xText = m_pCursor;
     char* comma = ny::FindTopLevelComma(m_pCursor);
-    if (comma == nullptr) return 10;
+    if (comma == nullptr) return NY_EVAL_UNTERMINATED;
     m_pCursor = comma + 1;
 
     ny::PooledBuffer periodBuffer(m_pool, m_nBarCount);
@@ -390,8 +391,8 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
 
     PeriodCall call{NameOf(word), {}, period, periodBuffer.floats()[0], 0, m_nBarCount, m_nCurSpan};
     call.n = RoundPeriod(call.p);
-    if (call.name == Name::RefDate && (m_nPeriod != NY_PERIOD_DAY || call.n < 1)) return 14;
-    if (call.name == Name::SumBars && call.n < 1) return 14;
+    if (call.name == Name::RefDate && (m_nPeriod != NY_PERIOD_DAY || call.n < 1)) return NY_EVAL_EMPTY_RANGE;
+    if (call.name == Name::SumBars && call.n < 1) return NY_EVAL_EMPTY_RANGE;
 
     char* behindCall = m_pCursor;
     m_pCursor = xText;
@@ -399,7 +400,7 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
     call.x = {xBuffer.floats(), 0, *to, 0};
     rc = ReadValueArgument(xBuffer.floats(), &call.x.from, &call.x.to, &call.x.isSeries, 1, false);
     if (rc != 0) return rc;
-    if (!call.x.isSeries) return 16;
+    if (!call.x.isSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     const short callerFrom = *from;
     switch (call.name) {
@@ -427,7 +428,7 @@ char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, c
     if (rc != 0) return rc;
     char* xText = m_pCursor;
     char* comma = ny::FindTopLevelComma(m_pCursor);
-    if (comma == nullptr) return 10;
+    if (comma == nullptr) return NY_EVAL_UNTERMINATED;
     m_pCursor = comma + 1;
 
     // One buffer serves the three arguments in turn; each argument starts from the caller's range.
@@ -444,7 +445,7 @@ char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, c
     rc = ReadValueArgument(values, &argFrom, &argTo, &argSeries, 0, true);
     if (rc != 0) return rc;
     const int m = RoundPeriod(values[0]);
-    if (std::fabs(static_cast<double>(values[0]) - m) > ny::kZeroTolerance) return 15;
+    if (std::fabs(static_cast<double>(values[0]) - m) > ny::kZeroTolerance) return NY_EVAL_BAD_PERIOD;
 
     char* behindCall = m_pCursor;
     m_pCursor = xText;
@@ -453,18 +454,18 @@ char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, c
     char xSeries = 0;
     rc = ReadValueArgument(values, &xFrom, &xTo, &xSeries, 1, false);
     if (rc != 0) return rc;
-    if (!xSeries) return 16;
+    if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     *from = std::max(*from, xFrom);
     *to = xTo;
-    if (*from > *to) return 14;
+    if (*from > *to) return NY_EVAL_EMPTY_RANGE;
     const ny::BarSpan bars(*from, *to, m_nBarCount);
     if (std::strcmp(word, "RANGE") == 0) {
         for (int i = bars.first; i <= bars.last; ++i)
             out[i] = (values[i] > n && values[i] < m) ? 1.0f : 0.0f;
     } else {
-        if (n >= m_nCurSpan || n <= -m_nCurSpan) return 14;
-        if (n < 2 || m < 1 || n <= m) return 15;
+        if (n >= m_nCurSpan || n <= -m_nCurSpan) return NY_EVAL_EMPTY_RANGE;
+        if (n < 2 || m < 1 || n <= m) return NY_EVAL_BAD_PERIOD;
         auto step = [&](long long i, float y) {
             return static_cast<float>((static_cast<double>(m) * At(values, i, m_nBarCount) +
                                        static_cast<double>(n - m) * y) / n);

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -77,7 +78,7 @@ void CIndicator::EvaluateStatement(CExpression& expr, char* line, float* result,
 
 char CIndicator::CalExp(char* line, float* out, short* from, short* to, char* flag, CExpression* expr) {
     const size_t length = std::strlen(line);
-    if (length == 0 || length >= 512) return 1;
+    if (length == 0 || length >= 512) return NY_EVAL_BAD_LENGTH;
     signed char open = 0;
     signed char close = 0;
     for (size_t i = 0; i < 512; ++i) {
@@ -90,7 +91,7 @@ char CIndicator::CalExp(char* line, float* out, short* from, short* to, char* fl
             if (close > open) break;
         }
     }
-    if (open != close) return 3;
+    if (open != close) return NY_EVAL_PARENTHESES;
     m_pCursor = line;
     return ReadExp(out, from, to, flag, expr);
 }

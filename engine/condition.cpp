@@ -2,6 +2,7 @@
 // functions that take a condition. A condition treats a magnitude up to 0.000001 as false, and
 // allows a single comparison per leaf.
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -65,14 +66,14 @@ char CIndicator::ReadLogical(char* out, short* from, short* to, char* flag) {
         }
         int length = 0;
         if (ny::At(p, "||") || ny::AtOrWord(p)) length = 2;
-        else if (*p == '|') return 8;
+        else if (*p == '|') return NY_EVAL_LONE_OPERATOR;
         if (length != 0) {
-            if (slot != Slot::AfterOperand) return 4;
+            if (slot != Slot::AfterOperand) return NY_EVAL_MISPLACED_OPERATOR;
             m_pCursor += length;
             slot = Slot::AfterOperator;
             continue;
         }
-        if (slot == Slot::AfterOperand) return 4;
+        if (slot == Slot::AfterOperand) return NY_EVAL_MISPLACED_OPERATOR;
         ny::PooledBuffer operand(m_pool, m_nBarCount);
         char operandFlag = permission;
         const char rc = ReadLogItem(operand.bytes(), from, to, &operandFlag);
@@ -80,15 +81,15 @@ char CIndicator::ReadLogical(char* out, short* from, short* to, char* flag) {
         CombineBytes(out, &isSeries, operand.bytes(), operandFlag, false, *from, *to, m_nBarCount);
         slot = Slot::AfterOperand;
     }
-    if (*m_pCursor == '\0') return 10;
-    if (closedByParen != (*m_pCursor == ')')) return 3;
+    if (*m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
+    if (closedByParen != (*m_pCursor == ')')) return NY_EVAL_PARENTHESES;
     ++m_pCursor;
     *flag = isSeries;
     return 0;
 }
 
 char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
-    const char permission = *flag != 0 ? 1 : 0;
+    const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
     *flag = 0;
     char isSeries = 0;
     out[0] = 1;
@@ -102,14 +103,14 @@ char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
         int length = 0;
         if (ny::At(p, "&&")) length = 2;
         else if (ny::AtAndWord(p)) length = 3;
-        else if (*p == '&') return 8;
+        else if (*p == '&') return NY_EVAL_LONE_OPERATOR;
         if (length != 0) {
-            if (slot != Slot::AfterOperand) return 4;
+            if (slot != Slot::AfterOperand) return NY_EVAL_MISPLACED_OPERATOR;
             m_pCursor += length;
             slot = Slot::AfterOperator;
             continue;
         }
-        if (slot == Slot::AfterOperand) return 5;
+        if (slot == Slot::AfterOperand) return NY_EVAL_MISSING_TERM_OPERATOR;
         ny::PooledBuffer operand(m_pool, m_nBarCount);
         char operandFlag = permission;
         char rc;
@@ -117,7 +118,7 @@ char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
             const char decided = ScanParenthesis(p);
             if (decided == ';') {
                 while (*m_pCursor != ';' && *m_pCursor != '\0') ++m_pCursor;
-                return 10;
+                return NY_EVAL_UNTERMINATED;
             }
             if (decided != ')') {
                 ++m_pCursor;
@@ -138,7 +139,7 @@ char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
 }
 
 char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
-    const char permission = *flag != 0 ? 1 : 0;
+    const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
     *flag = 0;
     if (*m_pCursor == '!') return ReadNegatedLeaf(out, from, to, flag, permission);
 
@@ -163,7 +164,7 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
         } else if ((c == '>' || c == '<' || c == '=' || c == '!') && open == close) {
             if (comparison != ny::Op::None || (c == '!' && p[1] != '=')) {
                 m_pCursor = p;
-                return 8;
+                return NY_EVAL_LONE_OPERATOR;
             }
             *p = ';';
             const char rc = ReadExp(left.floats(), &leftFrom, &leftTo, &leftFlag, nullptr);
@@ -177,7 +178,7 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
     }
     if (*p == ';' || *p == '\0') {
         m_pCursor = p;
-        return 10;
+        return NY_EVAL_UNTERMINATED;
     }
     const char stop = *p;
     *p = ';';
@@ -208,7 +209,7 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
     }
     *from = std::max({*from, leftFrom, rightFrom});
     *to = std::min({*to, leftTo, rightTo});
-    if (*from > *to) return 14;
+    if (*from > *to) return NY_EVAL_EMPTY_RANGE;
     *flag = 1;
     if (!leftFlag) ny::Spread(l, *from, *to, m_nBarCount);
     if (!rightFlag) ny::Spread(r, *from, *to, m_nBarCount);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "engine/argument_scan.h"
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -20,11 +21,11 @@ char ReadChosenBranch(CIndicator& ind, bool takeFirst, float* out, short* from, 
         const char rc = ind.ReadExp(out, from, to, &flag, nullptr);
         if (rc != 0) return rc;
         char* closing = ny::FindClosingParenthesis(ind.m_pCursor);
-        if (closing == nullptr) return 10;
+        if (closing == nullptr) return NY_EVAL_UNTERMINATED;
         ind.m_pCursor = closing + 1;
     } else {
         char* comma = ny::FindTopLevelComma(ind.m_pCursor);
-        if (comma == nullptr) return 10;
+        if (comma == nullptr) return NY_EVAL_UNTERMINATED;
         ind.m_pCursor = comma + 1;
         flag = static_cast<char>(permission + 2);
         const char rc = ind.ReadExp(out, from, to, &flag, nullptr);
@@ -55,7 +56,7 @@ char MergeBranches(CIndicator& ind, const char* truth, bool inverted, float* out
     if (!secondSeries) ny::Spread(second.floats(), secondFrom, secondTo, count);
     *from = std::max({*from, firstFrom, secondFrom});
     *to = std::min({*to, firstTo, secondTo});
-    if (*from > *to) return 14;
+    if (*from > *to) return NY_EVAL_EMPTY_RANGE;
     const ny::BarSpan bars(*from, *to, count);
     for (int i = bars.first; i <= bars.last; ++i)
         out[i] = ((truth[i] != 0) != inverted) ? first.floats()[i] : second.floats()[i];

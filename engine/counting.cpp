@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -52,7 +53,7 @@ char CountOverConstantPeriod(const Condition& c, int n, float* out, short* from,
     if (n == 0) {
         *from = std::max(*from, c.first);
         *to = c.last;
-        if (*from > *to) return 14;
+        if (*from > *to) return NY_EVAL_EMPTY_RANGE;
         int count = 0;
         const ny::BarSpan span(c.first, *to, c.bars);
         for (int i = span.first; i <= span.last; ++i) {
@@ -62,7 +63,7 @@ char CountOverConstantPeriod(const Condition& c, int n, float* out, short* from,
         return 0;
     }
     const int first = c.first + n - 1;
-    if (first > c.last) return 14;
+    if (first > c.last) return NY_EVAL_EMPTY_RANGE;
     *from = static_cast<short>(first);
     *to = c.last;
     const ny::BarSpan span(*from, *to, c.bars);
@@ -175,7 +176,7 @@ char CIndicator::ReadCOUNT(char* word, float* out, short* from, short* to, char,
     char nSeries = 0;
     if ((rc = ReadValueArgument(periodBuffer.floats(), &nFrom, &nTo, &nSeries, 1, true)) != 0) return rc;
     const short n = ny::TruncToShort(static_cast<double>(period[0]) + 0.5);
-    if (!nSeries && (n < 0 || !ny::IsWholeNumber(period[0]))) return 15;
+    if (!nSeries && (n < 0 || !ny::IsWholeNumber(period[0]))) return NY_EVAL_BAD_PERIOD;
 
     order.ReturnToFirst();
     ny::PooledBuffer condition(m_pool, m_nBarCount);
@@ -184,7 +185,7 @@ char CIndicator::ReadCOUNT(char* word, float* out, short* from, short* to, char,
     if ((rc = ReadConditionArgument(condition.bytes(), &xFrom, &xTo, &xSeries, 1, false)) != 0)
         return rc;
     order.Finish();
-    if (!xSeries) return 16;
+    if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
     const Condition c{condition.bytes(), xFrom, xTo, m_nBarCount};
     const int atLeastOne = std::max<int>(n, 1);
 
@@ -193,7 +194,7 @@ char CIndicator::ReadCOUNT(char* word, float* out, short* from, short* to, char,
             if (!nSeries) return CountOverConstantPeriod(c, n, out, from, to);
             *from = std::max(xFrom, nFrom);
             *to = std::min(xTo, nTo);
-            if (*from > *to) return 14;
+            if (*from > *to) return NY_EVAL_EMPTY_RANGE;
             CountOverSeriesPeriod(c, period, out, *from, *to);
             return 0;
         case CountFunc::Exist:
@@ -231,7 +232,7 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
         offsets[k] = offsetBuffer.floats()[0];
     }
     for (float v : offsets)
-        if (!ny::IsWholeNumber(v) || ny::RoundedPeriod(v) < 0) return 15;
+        if (!ny::IsWholeNumber(v) || ny::RoundedPeriod(v) < 0) return NY_EVAL_BAD_PERIOD;
     const int a = std::min(ny::RoundedPeriod(offsets[0]), ny::kLongestPeriod);
     const int b = std::min(ny::RoundedPeriod(offsets[1]), ny::kLongestPeriod);
 
@@ -243,7 +244,7 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
     if ((rc = ReadConditionArgument(condition.bytes(), &xFrom, &xTo, &xSeries, 1, false)) != 0)
         return rc;
     order.Finish();
-    if (!xSeries) return 16;
+    if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     *from = ny::ClampBar(xFrom + std::max(a, b));
     *to = xTo;
@@ -264,7 +265,7 @@ char CIndicator::ReadLogicalFun(char* word, float* out, short* from, short* to, 
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
     if (const char rc = ReadSoleCondition(condition.bytes(), &xFrom, &xTo, &xSeries)) return rc;
-    if (!xSeries) return 16;
+    if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     // BARSLAST and BARSSINCE are valid from the first true bar on; with none, only the last bar
     // is, holding the number of bars walked.
@@ -301,7 +302,7 @@ char CIndicator::ReadBARSCOUNT(char* word, float* out, short* from, short* to, c
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
     if (const char rc = ReadSoleArgument(value.floats(), &xFrom, &xTo, &xSeries, 1)) return rc;
-    if (!xSeries) return 16;
+    if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     if (kind == RangeFunc::Const) {
         // The last valid value over the caller's whole range, bars before the argument's included.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -93,9 +94,9 @@ char CIndicator::ReadLONGCROSS(char* word, float* out, short* from, short* to, c
     order.Finish();
 
     const float period = bufferN.floats()[0];
-    if (!ny::IsWholeNumber(period) || ny::RoundedPeriod(period) < 1) return 15;
+    if (!ny::IsWholeNumber(period) || ny::RoundedPeriod(period) < 1) return NY_EVAL_BAD_PERIOD;
     const int n = std::min(ny::RoundedPeriod(period), ny::kLongestPeriod);
-    if (!aSeries) return 16;
+    if (!aSeries) return NY_EVAL_CONSTANT_ARGUMENT;
     // A constant second argument is compared on every bar, as CROSS does.
     if (!bSeries) ny::Spread(b, bFrom, bTo, m_nBarCount);
     if ((rc = MergeRange(from, to, aFrom, aTo)) != 0) return rc;

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "engine/argument_scan.h"
+#include "engine/eval_code.h"
 #include "model/indicator.h"
 
 namespace ny {
@@ -54,7 +55,7 @@ public:
         if (comma == nullptr) {
             while (*m_indicator.m_pCursor != ';' && *m_indicator.m_pCursor != '\0')
                 ++m_indicator.m_pCursor;
-            return 10;
+            return NY_EVAL_UNTERMINATED;
         }
         m_indicator.m_pCursor = comma + 1;
         return 0;

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -99,7 +100,7 @@ char ScanLogical(const char* p, Op* op, int* length) {
     else if (ny::AtAndWord(p)) *op = Op::And, *length = 3;
     else if (ny::At(p, "||")) *op = Op::Or, *length = 2;
     else if (ny::AtOrWord(p)) *op = Op::Or, *length = 2;
-    else if (*p == '&' || *p == '|') return 8;
+    else if (*p == '&' || *p == '|') return NY_EVAL_LONE_OPERATOR;
     return 0;
 }
 
@@ -112,7 +113,7 @@ char ScanComparison(const char* p, Op* op, int* length) {
         case '<': *op = withEqual ? Op::LessEqual : Op::Less; return 0;
         case '=': *op = Op::Equal; return 0;
         case '!':
-            if (!withEqual) return 8;
+            if (!withEqual) return NY_EVAL_LONE_OPERATOR;
             *op = Op::NotEqual;
             return 0;
         default: return 0;
@@ -131,12 +132,14 @@ char ScanMultiplication(const char* p, Op* op, int* length) {
 
 bool EndsLogical(const char* p) { return AtStatementEnd(*p); }
 
-const ny::GrammarLevel kLogicalLevel = {EndsLogical, ScanLogical, 4, false, &CIndicator::ReadExp1};
-const ny::GrammarLevel kComparisonLevel = {EndsComparison, ScanComparison, 4, false,
-                                           &CIndicator::ReadExp2};
-const ny::GrammarLevel kAdditionLevel = {EndsAddition, ScanAddition, 13, true, &CIndicator::ReadItem};
-const ny::GrammarLevel kMultiplicationLevel = {EndsMultiplication, ScanMultiplication, 5, false,
-                                               &CIndicator::ReadFactor};
+const ny::GrammarLevel kLogicalLevel = {EndsLogical, ScanLogical, NY_EVAL_MISPLACED_OPERATOR, false,
+                                        &CIndicator::ReadExp1};
+const ny::GrammarLevel kComparisonLevel = {EndsComparison, ScanComparison, NY_EVAL_MISPLACED_OPERATOR,
+                                           false, &CIndicator::ReadExp2};
+const ny::GrammarLevel kAdditionLevel = {EndsAddition, ScanAddition, NY_EVAL_MISSING_SUM_OPERATOR, true,
+                                         &CIndicator::ReadItem};
+const ny::GrammarLevel kMultiplicationLevel = {EndsMultiplication, ScanMultiplication,
+                                               NY_EVAL_MISSING_TERM_OPERATOR, false, &CIndicator::ReadFactor};
 
 }  // namespace
 
@@ -155,11 +158,13 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
         }
         Op op = Op::None;
         int length = 0;
-        if (const char rc = level.scanOperator(m_pCursor, &op, &length)) return rc;
-        if (op != Op::None) {
+        const char malformed = level.scanOperator(m_pCursor, &op, &length);
+        if (malformed || op != Op::None) {
+            // Where no operator may stand, a lone "&", "|" or "!" is misplaced like any other.
             const bool allowed =
                 slot == Slot::AfterOperand || (level.signsAtStart && slot == Slot::Start);
-            if (!allowed) return 4;
+            if (!allowed) return NY_EVAL_MISPLACED_OPERATOR;
+            if (malformed) return malformed;
             m_pCursor += length;
             pending = op;
             slot = Slot::AfterOperator;
@@ -171,7 +176,7 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
         if (const char rc = (this->*level.next)(operand.floats(), from, to, &operandFlag, expr))
             return rc;
         if (pending == Op::Div && !operandFlag && ny::IsZeroConstantDivisor(operand.floats()[0]))
-            return 17;
+            return NY_EVAL_ZERO_DIVISOR;
         Combine(out, isSeries, operand.floats(), operandFlag, pending, *from, *to, m_nBarCount);
         slot = Slot::AfterOperand;
     }
@@ -185,8 +190,8 @@ char CIndicator::ReadExp(float* out, short* from, short* to, char* flag, CExpres
     char isSeries = 0;
     if (const char rc = ReadLevel(kLogicalLevel, out, from, to, permission, &isSeries, expr))
         return rc;
-    if (*m_pCursor == '\0') return 10;
-    if (closedByParen != (*m_pCursor == ')')) return 3;
+    if (*m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
+    if (closedByParen != (*m_pCursor == ')')) return NY_EVAL_PARENTHESES;
     ++m_pCursor;
     *flag = isSeries;
     return 0;
@@ -204,7 +209,7 @@ char CIndicator::ReadExp2(float* out, short* from, short* to, char* flag, CExpre
 }
 
 char CIndicator::ReadItem(float* out, short* from, short* to, char* flag, CExpression* expr) {
-    const char permission = *flag != 0 ? 1 : 0;
+    const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
     return ReadLevel(kMultiplicationLevel, out, from, to, permission, flag, expr);
 }
 

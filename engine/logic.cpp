@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -46,7 +47,7 @@ char CIndicator::ReadFINDHIGH(char* word, float* out, short* from, short* to, ch
         rc = ReadValueArgument(numberBuffer.floats(), &f, &t, &isSeries, k < 2 ? 1 : 0, k == 2);
         if (rc != 0) return rc;
         const float v = numberBuffer.floats()[0];
-        if (!ny::IsWholeNumber(v)) return 15;
+        if (!ny::IsWholeNumber(v)) return NY_EVAL_BAD_PERIOD;
         numbers[k] = ny::RoundedPeriod(v);
     }
     order.ReturnToFirst();
@@ -56,10 +57,10 @@ char CIndicator::ReadFINDHIGH(char* word, float* out, short* from, short* to, ch
     char xSeries = 0;
     if ((rc = ReadValueArgument(value.floats(), &xFrom, &xTo, &xSeries, 1, false)) != 0) return rc;
     order.Finish();
-    if (!xSeries) return 16;
+    if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     const int n = numbers[0], m = numbers[1];
-    if (n < 0 || n >= m_nCurSpan || m < 0 || m >= m_nCurSpan || n > m) return 14;
+    if (n < 0 || n >= m_nCurSpan || m < 0 || m >= m_nCurSpan || n > m) return NY_EVAL_EMPTY_RANGE;
     // T is limited by M, not by the window's size M - N + 1; with M = 0 the one value is taken.
     const int place = std::max(std::min(std::max(numbers[2], 1), m), 1);
 

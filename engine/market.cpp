@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "host/files.h"
 #include "host/stockdb.h"
@@ -108,7 +109,7 @@ char StockValue(MarketWord kind, int stockId, float* value) {
     switch (kind) {
         case MarketWord::BuyVolume:
         case MarketWord::SellVolume:
-            if (stock == nullptr) return 19;
+            if (stock == nullptr) return NY_EVAL_NO_DATA;
             *value = VolumeInHands(kind == MarketWord::BuyVolume ? stock->m_fOuterVolume
                                                                  : stock->m_fInnerVolume,
                                    stock->IsHandUnit(), stock->IsZQ());
@@ -129,7 +130,7 @@ bool ReadsTheStock(MarketWord kind) {
 
 char CIndicator::ReadMarketWord(char* word, float* out, short* from, short* to, char, char* isSeries) {
     MarketWord kind;
-    if (!FindMarketWord(word, &kind)) return 7;
+    if (!FindMarketWord(word, &kind)) return NY_EVAL_UNKNOWN_WORD;
     *isSeries = 1;
     const ny::BarSpan span(*from, *to, m_nBarCount);
     if (ReadsTheStock(kind)) {
@@ -140,7 +141,7 @@ char CIndicator::ReadMarketWord(char* word, float* out, short* from, short* to, 
     }
     if (kind == MarketWord::Advance || kind == MarketWord::Decline) {
         const CStock* stock = g_MyGetStock(m_lStockID);
-        if (stock == nullptr || !stock->IsIndex()) return 19;
+        if (stock == nullptr || !stock->IsIndex()) return NY_EVAL_NO_DATA;
     }
     if (IsIndexWord(kind)) {
         CIndex& index = MarketIndex(m_lStockID);

@@ -3,11 +3,12 @@
 // out[0] left as it was (FINANCE zeroes it first). Their callers drop the code, so a formula sees
 // the value 0 and runs on.
 
+#include "engine/eval_code.h"
 #include "model/indicator.h"
 
-char CIndicator::ReadDYNAINFO(float*, short) { return 19; }
+char CIndicator::ReadDYNAINFO(float*, short) { return NY_EVAL_NO_DATA; }
 
 char CIndicator::ReadFINANCE(float* out, short) {
     out[0] = 0.0f;
-    return 19;
+    return NY_EVAL_NO_DATA;
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -103,7 +104,7 @@ float ColourOf(float r, float g, float b) {
 char CIndicator::ReadMathFunc1(char* word, float* out, short* from, short* to, char permission,
                                char* isSeries) {
     Func1 kind;
-    if (!FindFunc1(word, &kind)) return 7;
+    if (!FindFunc1(word, &kind)) return NY_EVAL_UNKNOWN_WORD;
     ny::PooledBuffer argument(m_pool, m_nBarCount);
     float* x = argument.floats();
     if (const char rc = ReadSoleArgument(x, from, to, isSeries, permission)) return rc;
@@ -125,7 +126,7 @@ char CIndicator::ReadMathFunc1(char* word, float* out, short* from, short* to, c
         default: break;
     }
     if (!*isSeries) {
-        if (kind == Func1::Sqrt && !(x[0] > ny::kZeroTolerance)) return 17;
+        if (kind == Func1::Sqrt && !(x[0] > ny::kZeroTolerance)) return NY_EVAL_ZERO_DIVISOR;
         out[0] = Apply1(kind, x[0]);
         return 0;
     }
@@ -157,14 +158,14 @@ char CIndicator::ReadMathFunc2(char* word, float* out, short* from, short* to, c
 
     const bool isMod = kind == Func2::Mod;
     if (!aSeries && !bSeries) {
-        if (isMod && ny::IsZeroDivisor(b[0])) return 17;
+        if (isMod && ny::IsZeroDivisor(b[0])) return NY_EVAL_ZERO_DIVISOR;
         out[0] = Apply2(kind, a[0], b[0]);
         return 0;
     }
     *isSeries = 1;
     if (!aSeries) ny::Spread(a, *from, *to, m_nBarCount);
     if (!bSeries) {
-        if (isMod && ny::IsZeroDivisor(b[0])) return 17;
+        if (isMod && ny::IsZeroDivisor(b[0])) return NY_EVAL_ZERO_DIVISOR;
         ny::Spread(b, *from, *to, m_nBarCount);
     }
     const ny::BarSpan span(*from, *to, m_nBarCount);

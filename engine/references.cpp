@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "engine/eval_code.h"
 #include "model/indicator.h"
 #include "model/library.h"
 
@@ -28,7 +29,7 @@ char CIndicator::ReadFormulaReference(const char* word, float* out, short* from,
     const char* dot = word[0] != '\0' ? std::strchr(word + 1, '.') : nullptr;
     const std::string name = dot ? std::string(word, dot) : std::string(word);
     CIndicator* found = g_MyGetIndicator(name, NY_KIND_INDICATOR);
-    if (found == nullptr || g_referenceDepth >= kMaxReferenceDepth) return 7;
+    if (found == nullptr || g_referenceDepth >= kMaxReferenceDepth) return NY_EVAL_UNKNOWN_WORD;
 
     DepthGuard depth;
     CIndicator nested;
@@ -48,7 +49,7 @@ char CIndicator::ReadFormulaReference(const char* word, float* out, short* from,
         line = nested.Find(name);
         if (line == nullptr && !nested.m_arExpressions.empty()) line = nested.m_arExpressions.back();
     }
-    if (line == nullptr || !line->m_cComputed) return 7;
+    if (line == nullptr || !line->m_cComputed) return NY_EVAL_UNKNOWN_WORD;
     CopyStatement(*line, out, from, to, isSeries);
     return 0;
 }

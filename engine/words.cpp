@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "engine/chain.h"
+#include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -31,8 +32,8 @@ bool IsNumberText(const char* word) {
 char ReadNumberText(const char* word, float* out) {
     int dots = 0;
     for (const char* p = word + 1; *p; ++p) dots += (*p == '.');
-    if (dots > 1) return 6;
-    if (word[0] == '0' && word[1] != '\0' && word[1] != '.') return 6;
+    if (dots > 1) return NY_EVAL_BAD_WORD;
+    if (word[0] == '0' && word[1] != '\0' && word[1] != '.') return NY_EVAL_BAD_WORD;
     out[0] = static_cast<float>(std::strtod(word, nullptr));
     return 0;
 }
@@ -40,21 +41,21 @@ char ReadNumberText(const char* word, float* out) {
 }  // namespace
 
 char CIndicator::ReadNumber(float* out, short* from, short* to, char* flag, CExpression* expr) {
-    const char permission = *flag != 0 ? 1 : 0;
+    const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
     *flag = 0;
     char word[512] = {};
     size_t length = 0;
     while (length < sizeof(word) - 1 && !EndsWord(m_pCursor)) word[length++] = *m_pCursor++;
-    if (length == 0) return 6;
+    if (length == 0) return NY_EVAL_BAD_WORD;
     if (IsNumberText(word)) return ReadNumberText(word, out);
 
     if (*from < m_nCurFrom) *from = m_nCurFrom;
     if (*to >= m_nCurTo) *to = m_nCurTo - 1;
-    if (*from > *to) return 14;
+    if (*from > *to) return NY_EVAL_EMPTY_RANGE;
 
     if (const ny::WordGroup* group = ny::FindBuiltInWord(word)) {
-        if (group->needsSeries && !permission) return 12;
-        if (group->reader == nullptr && group->drawReader == nullptr) return 7;
+        if (group->needsSeries && !permission) return NY_EVAL_SERIES_NOT_ALLOWED;
+        if (group->reader == nullptr && group->drawReader == nullptr) return NY_EVAL_UNKNOWN_WORD;
         if (group->setsSeriesFlag) *flag = 1;
         if (group->drawReader != nullptr)
             return (this->*group->drawReader)(word, out, from, to, permission, flag, expr);
@@ -68,8 +69,8 @@ char CIndicator::ReadNumber(float* out, short* from, short* to, char* flag, CExp
     }
     for (const CExpression* statement : m_arExpressions) {
         if (statement->m_strName != word) continue;
-        if (!statement->m_cComputed) return 7;
-        if (!permission && statement->m_cIsSeries) return 12;
+        if (!statement->m_cComputed) return NY_EVAL_UNKNOWN_WORD;
+        if (!permission && statement->m_cIsSeries) return NY_EVAL_SERIES_NOT_ALLOWED;
         CopyStatement(*statement, out, from, to, flag);
         return 0;
     }

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "engine/eval_code.h"
 #include "host/stockdb.h"
 #include "tests/engine/function_fixture.h"
 
@@ -124,17 +125,20 @@ TEST_F(Grammar, NumbersAndMalformedNumbers) {
 }
 
 TEST_F(Grammar, MalformedTextCodes) {
-    EXPECT_EQ(Code("1&2"), 8);
-    EXPECT_EQ(Code("1|2"), 8);
-    EXPECT_EQ(Code("1 2"), 5);
-    EXPECT_EQ(Code("(1"), 3);
-    EXPECT_EQ(Code("1)"), 3);
-    EXPECT_EQ(Code("!1"), 8);
-    EXPECT_EQ(Code("*2"), 4);
-    EXPECT_EQ(Code("&&1"), 4);
-    EXPECT_EQ(Code("1>>2"), 4);
-    EXPECT_EQ(Code("NOWORD"), 7);
-    EXPECT_EQ(Code("CLOSE(5)"), 5);
+    const struct {
+        const char* text;
+        char code;
+    } cases[] = {
+        {"1&2", NY_EVAL_LONE_OPERATOR},     {"1|2", NY_EVAL_LONE_OPERATOR},
+        {"1!2", NY_EVAL_LONE_OPERATOR},     {"1 2", NY_EVAL_MISSING_TERM_OPERATOR},
+        {"(1", NY_EVAL_PARENTHESES},        {"1)", NY_EVAL_PARENTHESES},
+        {"!1", NY_EVAL_MISPLACED_OPERATOR}, {"&1", NY_EVAL_MISPLACED_OPERATOR},
+        {"|1", NY_EVAL_MISPLACED_OPERATOR}, {"1>!2", NY_EVAL_MISPLACED_OPERATOR},
+        {"*2", NY_EVAL_MISPLACED_OPERATOR}, {"&&1", NY_EVAL_MISPLACED_OPERATOR},
+        {"1>>2", NY_EVAL_MISPLACED_OPERATOR}, {"NOWORD", NY_EVAL_UNKNOWN_WORD},
+        {"CLOSE(5)", NY_EVAL_MISSING_TERM_OPERATOR},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Code(c.text), c.code) << c.text;
     EXPECT_FLOAT_EQ(Constant("()"), 0.0f);
 }
 
