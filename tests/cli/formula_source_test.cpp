@@ -47,39 +47,24 @@ TEST(FormulaSource, ReadsEveryFieldIntoTheDefinition) {
     EXPECT_TRUE(f.m_arExpressions.empty());
 }
 
-TEST(FormulaSource, ParameterNamesAreKeptInUpperCase) {
-    // The statements are upper-cased by the syntax test; a parameter typed "n" must still match.
-    CIndicator f;
-    ny::FormulaSourceError error;
-    ASSERT_TRUE(ny::ParseFormulaSource(
-        U8("name: LOWER\nkind: 技术指标\nparam: n 1 100 9\n[source]\nA:MA(C,n);\n"), &f, &error))
-        << error.message;
-    ASSERT_EQ(f.m_arParams.size(), 1u);
-    EXPECT_EQ(f.m_arParams[0]->m_strName, "N");
-}
-
+// The written form reads back the same; parameter names are kept in upper case (the statements
+// that read them are), and a formula without a group goes to the user's own group of its kind.
 TEST(FormulaSource, WrittenFormReadsBackTheSame) {
-    CIndicator f, back;
-    ny::FormulaSourceError error;
-    ASSERT_TRUE(ny::ParseFormulaSource(ny::GbkToUtf8(kExample), &f, &error));
-    ASSERT_TRUE(ny::ParseFormulaSource(ny::FormatFormulaSource(f), &back, &error)) << error.message;
-    EXPECT_EQ(back.m_strName, f.m_strName);
-    EXPECT_EQ(back.m_SubType, f.m_SubType);
-    EXPECT_EQ(back.m_cDrawPos, f.m_cDrawPos);
-    EXPECT_EQ(back.m_strAxes, f.m_strAxes);
-    EXPECT_EQ(back.m_arParams.size(), 2u);
-    EXPECT_EQ(back.m_strExtra, f.m_strExtra);
-    EXPECT_EQ(back.m_strUsage, f.m_strUsage);
-    EXPECT_EQ(back.m_strSource, f.m_strSource);
-}
-
-TEST(FormulaSource, WithoutAGroupAFormulaGoesToTheUsersOwnGroup) {
-    CIndicator indicator, condition;
-    ny::FormulaSourceError error;
-    ASSERT_TRUE(ny::ParseFormulaSource(U8("name: A\nkind: 技术指标\n[source]\nC;"), &indicator, &error));
-    EXPECT_EQ(indicator.m_SubType, 7);
-    ASSERT_TRUE(ny::ParseFormulaSource(U8("name: A\nkind: 条件选股\n[source]\nC>O;"), &condition, &error));
-    EXPECT_EQ(condition.m_SubType, 25);
+    const std::pair<std::string, std::string> cases[] = {
+        {ny::GbkToUtf8(kExample), ""},
+        {U8("name: LOWER\nkind: 技术指标\nparam: n 1 100 9\n[source]\nA:MA(C,n);\n"), "param: N 1 100 9"},
+        {U8("name: A\nkind: 技术指标\n[source]\nC;"), U8("group: 自定指标\n")},
+        {U8("name: A\nkind: 条件选股\n[source]\nC>O;"), U8("group: 自定选股\n")},
+    };
+    for (const auto& [text, expected] : cases) {
+        CIndicator f, back;
+        ny::FormulaSourceError error;
+        ASSERT_TRUE(ny::ParseFormulaSource(text, &f, &error)) << error.message;
+        const std::string written = ny::FormatFormulaSource(f);
+        ASSERT_TRUE(ny::ParseFormulaSource(written, &back, &error)) << error.message;
+        EXPECT_EQ(ny::FormatFormulaSource(back), written);
+        EXPECT_NE(written.find(expected), std::string::npos) << written;
+    }
 }
 
 struct BadSource {
