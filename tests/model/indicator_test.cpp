@@ -13,56 +13,32 @@ namespace {
 TEST(Param, ValueForAPeriodFallsBackToTheDefault) {
     CParam p;
     p.m_nDefault = 9;
-    EXPECT_EQ(p.GetParam(3), 9);
     p.SetParam(3, 14);
-    EXPECT_EQ(p.GetParam(3), 14);
-    EXPECT_EQ(p.GetParam(2), 9);
-    EXPECT_EQ(p.GetParam(11), 9);
-    EXPECT_EQ(p.GetParam(0), 9);
-    p.SetParam(11, 5);
+    p.SetParam(11, 5);  // periods out of range are not stored
     p.SetParam(0, 5);
+    const std::pair<short, short> cases[] = {{3, 14}, {2, 9}, {11, 9}, {0, 9}};
+    for (const auto& [period, value] : cases) EXPECT_EQ(p.GetParam(period), value) << period;
     EXPECT_EQ(p.m_nPeriodValue[0], 0);
 }
 
-TEST(Expression, DefaultsAndResultAfterChange) {
+TEST(Expression, ChangeClearsTheResultAndAllocMemKeepsValuesOnlyWhenGrowing) {
     CExpression e;
-    EXPECT_EQ(e.m_lColor, -1);
-    EXPECT_EQ(e.m_nWidth, 1);
-    EXPECT_EQ(e.m_nFirst, 30000);
-    e.AllocMem(5);
-    e.m_pData[2] = 3.0f;
-    e.m_pDrawData[19] = 1.0f;
-    e.m_nFirst = 1;
-    e.m_nEnd = 5;
-    e.m_cComputed = 1;
-    e.m_cIsSeries = 1;
-    e.Change();
-    EXPECT_EQ(e.m_nFirst, 30000);
-    EXPECT_EQ(e.m_nEnd, 0);
-    EXPECT_EQ(e.m_cComputed, 0);
-    EXPECT_EQ(e.m_cIsSeries, 0);
-    EXPECT_EQ(e.m_pData[2], 0.0f);
-    EXPECT_EQ(e.m_pDrawData[19], 0.0f);
-}
-
-TEST(Expression, AllocMemKeepsValuesOnlyWhenGrowing) {
-    CExpression e;
+    EXPECT_EQ(std::tuple(e.m_lColor, e.m_nWidth, e.m_nFirst), std::tuple(-1, 1, 30000));
     e.AllocMem(3);
-    e.m_pData[0] = 1.0f;
-    e.m_pData[2] = 3.0f;
-    e.m_pDrawData[11] = 4.0f;
-    e.m_lDrawArgs[2] = 7;
+    e.m_pData[0] = 1.0f, e.m_pData[2] = 3.0f, e.m_pDrawData[11] = 4.0f, e.m_lDrawArgs[2] = 7;
     e.AllocMem(6);
     EXPECT_EQ(e.m_nAllocBars, 6);
-    EXPECT_EQ(e.m_pData[0], 1.0f);
-    EXPECT_EQ(e.m_pData[2], 3.0f);
-    EXPECT_EQ(e.m_pData[5], 0.0f);
-    EXPECT_EQ(e.m_pDrawData[11], 4.0f);
+    EXPECT_EQ(std::tuple(e.m_pData[0], e.m_pData[2], e.m_pData[5], e.m_pDrawData[11]), std::tuple(1.0f, 3.0f, 0.0f, 4.0f));
     EXPECT_EQ(e.m_lDrawArgs[2], 0);
-    e.AllocMem(6);
+    e.AllocMem(6);  // the same size clears
     EXPECT_EQ(e.m_pData[0], 0.0f);
+    e.m_pData[1] = 2.0f, e.m_pDrawData[19] = 1.0f;
+    e.m_nFirst = 1, e.m_nEnd = 5, e.m_cComputed = 1, e.m_cIsSeries = 1;
+    e.Change();
+    EXPECT_EQ(std::tuple(e.m_nFirst, e.m_nEnd, e.m_cComputed, e.m_cIsSeries), std::tuple(30000, 0, 0, 0));
+    EXPECT_EQ(std::tuple(e.m_pData[1], e.m_pDrawData[19]), std::tuple(0.0f, 0.0f));
     e.m_pData[1] = 2.0f;
-    e.AllocMem(2);
+    e.AllocMem(2);  // shrinking clears
     EXPECT_EQ(e.m_pData[1], 0.0f);
     e.AllocMem(0);
     EXPECT_EQ(e.m_pData, nullptr);

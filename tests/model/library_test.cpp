@@ -1,22 +1,22 @@
-#include <gtest/gtest.h>
+// The library: the sorted array, the start sequence of formula files, saving, export and import.
 
-#include <sys/stat.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "host/files.h"
 #include "host/global.h"
 #include "model/file_stream.h"
 #include "model/formula_file.h"
 #include "model/library.h"
+#include "tests/host/temp_installation.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Bytes = std::vector<unsigned char>;
 
 struct Entry {
     const char* name;
@@ -34,14 +34,11 @@ CIndicator* Make(const Entry& entry) {
     return formula;
 }
 
-Bytes FileBytes(const std::vector<Entry>& entries, BOOL bLong, short reserved = 0) {
+std::string FileBytes(const std::vector<Entry>& entries, BOOL bLong, short reserved = 0) {
     ny::MemoryStream stream;
     ny::WriteFormulaHeader(stream, reserved, static_cast<short>(entries.size()));
-    for (const Entry& entry : entries) {
-        std::unique_ptr<CIndicator> formula(Make(entry));
-        formula->Save(stream, bLong);
-    }
-    return stream.Bytes();
+    for (const Entry& entry : entries) std::unique_ptr<CIndicator>(Make(entry))->Save(stream, bLong);
+    return std::string(stream.Bytes().begin(), stream.Bytes().end());
 }
 
 std::vector<std::string> Keys() {
@@ -53,44 +50,32 @@ std::vector<std::string> Keys() {
 class Library : public ::testing::Test {
 protected:
     void SetUp() override {
-        root = fs::path(NY_BINARY_DIR) / "library_test" /
-               ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        fs::remove_all(root);
-        fs::create_directories(root);
-        g_MyExePath = root.string() + "/";
+        g_MyExePath = m_dir.Path();
         g_MySysVerType = 0;
         g_UseGJSHQ = 0;
         ny::ClearMessages();
         g_MyRemoveIndicators();
     }
-    void TearDown() override {
-        g_MyRemoveIndicators();
-        fs::remove_all(root);
+    void TearDown() override { g_MyRemoveIndicators(); }
+
+    void Write(const std::string& relative, const std::string& bytes) { m_dir.Write(relative, bytes); }
+    std::string Read(const std::string& relative) {
+        std::string bytes;
+        ny::ReadWholeFile(m_dir.Path() + relative, &bytes);
+        return bytes;
+    }
+    std::string Path(const std::string& relative) { return m_dir.Path() + relative; }
+    long FilesIn(const std::string& relative) {
+        return std::distance(fs::directory_iterator(Path(relative)), fs::directory_iterator());
     }
 
-    void Write(const std::string& relative, const Bytes& bytes) {
-        const fs::path path = root / relative;
-        fs::create_directories(path.parent_path());
-        std::ofstream out(path, std::ios::binary);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    Bytes Read(const std::string& relative) {
-        std::ifstream in(root / relative, std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
-    std::vector<std::string> FolderEntries(const std::string& relative) {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(root / relative))
-            names.push_back(entry.path().filename().string());
-        return names;
-    }
-
-    fs::path root;
+    TempInstallation m_dir;
 };
 
 const char* const SYSTEM = "defineuser/indi/nysys.dat";
 const char* const BASE = "defineuser/indi/nybase.dat";
 const char* const USER = "defineuser/indi/nyuser.dat";
+const std::string kMagic("myok\0\0\0\0", 8);
 
 // ---- The sorted array ----
 
@@ -176,7 +161,7 @@ TEST_F(Library, EditionAndSwitchChooseTheFurtherSets) {
 
 TEST_F(Library, WrongMagicShowsTheMessageAndStopsTheSequence) {
     Write(SYSTEM, FileBytes({{"SYS", 0}}, FALSE));
-    Bytes bad = FileBytes({{"BAD", 0}}, TRUE);
+    std::string bad = FileBytes({{"BAD", 0}}, TRUE);
     bad[4] = 'M';
     Write(BASE, bad);
     Write(USER, FileBytes({{"MINE", 0}}, TRUE));
@@ -186,9 +171,9 @@ TEST_F(Library, WrongMagicShowsTheMessageAndStopsTheSequence) {
 }
 
 TEST_F(Library, MissingFilesAndSmallUserFilesArePassedOverInSilence) {
-    fs::create_directories(root / BASE);  // a folder in the place of a file can't be read either
+    fs::create_directories(Path(BASE));  // a folder in the place of a file can't be read either
     Write(SYSTEM, FileBytes({}, FALSE));  // a valid empty file
-    Bytes small(10240, 0);                // not even a valid header: it isn't looked at
+    std::string small(10240, '\0');         // not even a valid header: it isn't looked at
     Write(USER, small);
     g_MyInitIndicator();
     EXPECT_TRUE(g_MyIndicatorArray.empty());
@@ -200,12 +185,12 @@ TEST_F(Library, MissingFilesAndSmallUserFilesArePassedOverInSilence) {
 }
 
 TEST_F(Library, SystemFileTruncatedAtAnyByteLoadsWhatIsThere) {
-    const Bytes full = FileBytes({{"FIRST", 0}, {"SECOND", 0}}, FALSE);
+    const std::string full = FileBytes({{"FIRST", 0}, {"SECOND", 0}}, FALSE);
     ASSERT_EQ(full.size(), 12u + 2 * 4013);
     for (size_t length = 0; length <= full.size(); ++length) {
         g_MyRemoveIndicators();
         ny::ClearMessages();
-        Write(SYSTEM, Bytes(full.begin(), full.begin() + length));
+        Write(SYSTEM, full.substr(0, length));
         g_MyInitIndicator();
         // Until the 4 bytes of the magic are there the file is refused.
         ASSERT_EQ(ny::RecordedMessages().size(), length < 8 ? 1u : 0u) << length;
@@ -218,11 +203,11 @@ TEST_F(Library, SystemFileTruncatedAtAnyByteLoadsWhatIsThere) {
 }
 
 TEST_F(Library, CountsPastTheEndOrBelowZeroMakeNoEmptyFormulas) {
-    Bytes huge = FileBytes({{"ONLY", 0}}, FALSE);
-    huge[2] = 0xFF, huge[3] = 0x7F;  // 32767 formulas announced
+    std::string huge = FileBytes({{"ONLY", 0}}, FALSE);
+    huge[2] = '\xFF', huge[3] = '\x7F';  // 32767 formulas announced
     Write(SYSTEM, huge);
-    Bytes negative = FileBytes({{"NEG", 0}}, TRUE);
-    negative[2] = 0xFE, negative[3] = 0xFF;  // -2
+    std::string negative = FileBytes({{"NEG", 0}}, TRUE);
+    negative[2] = '\xFE', negative[3] = '\xFF';  // -2
     Write(BASE, negative);
     g_MyInitIndicator();
     EXPECT_EQ(Keys(), std::vector<std::string>{"ONLY0"});
@@ -230,74 +215,59 @@ TEST_F(Library, CountsPastTheEndOrBelowZeroMakeNoEmptyFormulas) {
 
 // ---- Saving ----
 
-TEST_F(Library, SaveStoresOnlyTheUsersOwnFormulas) {
-    CIndicator* mine = Make({"MINE", 0, 7, "kept"});
+TEST_F(Library, SaveStoresOnlyTheUsersOwnFormulasReplacingTheOldFile) {
+    Write(USER, std::string(50000, '\xAB'));
     CIndicator* system = Make({"SYS", 0});
     system->m_SysIndex = 1;
     CIndicator* base = Make({"BASE", 0});
     base->m_nBaseSet = 1;
     CIndicator* hidden = Make({"HIDDEN", 0});
     hidden->m_IsEditable = 0;
-    CIndicator* condition = Make({"MINE", 1, 25});
-    for (CIndicator* f : {mine, system, base, hidden, condition}) g_MyAddIndicator(f);
+    for (CIndicator* f : {Make({"MINE", 0, 7, "kept"}), system, base, hidden, Make({"MINE", 1, 25})}) g_MyAddIndicator(f);
     g_MySaveIndicator();
 
-    const Bytes file = Read(USER);
+    const std::string file = Read(USER);
     ASSERT_EQ(file.size(), 12u + 2 * 12205);
-    EXPECT_EQ(Bytes(file.begin(), file.begin() + 12), (Bytes{0, 0, 2, 0, 'm', 'y', 'o', 'k', 0, 0, 0, 0}));
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(&file[12])), "MINE");
+    EXPECT_EQ(file.substr(0, 12), std::string("\0\0\2\0", 4) + kMagic);
+    EXPECT_EQ(file.substr(12, 5), std::string("MINE", 5));
     EXPECT_EQ(file[12 + 1955 + 10240], 0);  // array order: the indicator, then the condition
     EXPECT_EQ(file[12 + 12205 + 1955 + 10240], 1);
-    EXPECT_EQ(FolderEntries("defineuser/indi"), std::vector<std::string>{"nyuser.dat"});
-
+    EXPECT_EQ(FilesIn("defineuser/indi"), 1);
     g_MyRemoveIndicators();
     g_MyInitIndicator();
     EXPECT_EQ(Keys(), (std::vector<std::string>{"MINE0", "MINE1"}));
     EXPECT_EQ(g_MyGetIndicator("MINE", 0)->m_strTitle, "kept");
-}
 
-TEST_F(Library, SaveReplacesTheWholeOldFileOrLeavesNoTrace) {
-    Write(USER, Bytes(50000, 0xAB));
-    g_MyAddIndicator(Make({"ONE", 0}));
-    g_MySaveIndicator();
-    EXPECT_EQ(Read(USER).size(), 12u + 12205);
     // The target is a folder with something in it: the rename fails and nothing changes.
-    fs::remove(root / USER);
-    fs::create_directories(root / USER / "keep");
+    fs::remove(Path(USER));
+    fs::create_directories(Path(USER) + "/keep");
     g_MySaveIndicator();
-    EXPECT_TRUE(fs::is_directory(root / USER / "keep"));
-    EXPECT_EQ(FolderEntries("defineuser/indi"), std::vector<std::string>{"nyuser.dat"});
+    EXPECT_TRUE(fs::is_directory(Path(USER) + "/keep"));
+    EXPECT_EQ(FilesIn("defineuser/indi"), 1);
     EXPECT_TRUE(ny::RecordedMessages().empty());
 }
 
-TEST(AtomicWrite, FailedWriteKeepsTheOldFile) {
-    const fs::path folder = fs::path(NY_BINARY_DIR) / "library_test" / "atomic";
-    fs::remove_all(folder);
-    const std::string path = (folder / "sub" / "target.dat").string();
+TEST_F(Library, FailedAtomicWriteKeepsTheOldFile) {
+    const std::string path = Path("sub/target.dat");
     ASSERT_TRUE(ny::WriteFileAtomically(path, [](CBinStream& s) { s.Write("old", 3); }));
     // The temporary file can't be made (a folder stands in its place): the target stays.
     fs::create_directory(path + ".tmp");
-    const bool ok = ny::WriteFileAtomically(path, [](CBinStream& s) { s.Write("new", 3); });
-    EXPECT_FALSE(ok);
+    EXPECT_FALSE(ny::WriteFileAtomically(path, [](CBinStream& s) { s.Write("new", 3); }));
     fs::remove(path + ".tmp");
-    std::ifstream in(path, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "old");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "sub"), fs::directory_iterator()), 1);
-    fs::remove_all(folder);
+    EXPECT_EQ(Read("sub/target.dat"), "old");
+    EXPECT_EQ(FilesIn("sub"), 1);
 }
 
 // ---- Export and import ----
 
-TEST_F(Library, ExportWritesTheExchangeForm) {
+TEST_F(Library, ExportWritesTheExchangeFormWhichImportReads) {
     std::unique_ptr<CIndicator> formula(Make({"EXP", 1, 20}));
     formula->m_strSource = std::string(3000, 'S');
-    const std::string path = (root / "out" / "exp.dat").string();
-    ASSERT_TRUE(ny::ExportFormula(*formula, path));
-    const Bytes file = Read("out/exp.dat");
+    ASSERT_TRUE(ny::ExportFormula(*formula, Path("out/exp.dat")));
+    const std::string file = Read("out/exp.dat");
     ASSERT_EQ(file.size(), 12u + 4013);
-    EXPECT_EQ(Bytes(file.begin(), file.begin() + 12), (Bytes{1, 0, 1, 0, 'm', 'y', 'o', 'k', 0, 0, 0, 0}));
-
-    EXPECT_EQ(ny::ImportFormula(path), ny::ImportStatus::Ok);
+    EXPECT_EQ(file.substr(0, 12), std::string("\1\0\1\0", 4) + kMagic);
+    EXPECT_EQ(ny::ImportFormula(Path("out/exp.dat")), ny::ImportStatus::Ok);
     ASSERT_NE(g_MyGetIndicator("EXP", 1), nullptr);
     EXPECT_EQ(g_MyGetIndicator("EXP", 1)->m_SubType, 20);
     EXPECT_EQ(g_MyGetIndicator("EXP", 1)->m_strSource, std::string(2047, 'S'));
@@ -305,7 +275,7 @@ TEST_F(Library, ExportWritesTheExchangeForm) {
 
 TEST_F(Library, ImportRefusesWrongMagicAndCountAboveOneAndTakesCountZero) {
     Write("two.dat", FileBytes({{"A", 0}, {"B", 0}}, FALSE, 1));
-    Bytes bad = FileBytes({{"A", 0}}, FALSE, 1);
+    std::string bad = FileBytes({{"A", 0}}, FALSE, 1);
     bad[7] = 'x';
     Write("bad.dat", bad);
     Write("zero.dat", FileBytes({}, FALSE, 1));
@@ -315,7 +285,7 @@ TEST_F(Library, ImportRefusesWrongMagicAndCountAboveOneAndTakesCountZero) {
     for (const auto& [file, status] : cases) {
         ny::ClearMessages();
         int added = -1;
-        EXPECT_EQ(ny::ImportFormula((root / file).string(), &added), status) << file;
+        EXPECT_EQ(ny::ImportFormula(Path(file), &added), status) << file;
         EXPECT_EQ(added, 0) << file;
         EXPECT_EQ(ny::RecordedMessages(), status == ny::ImportStatus::Invalid
                                               ? std::vector<CString>{"非法指标文件,请检查指标文件!"}
@@ -329,11 +299,11 @@ TEST_F(Library, ImportOfAnExistingNameAndKindIsRefusedButAnotherKindIsTaken) {
     Write("same.dat", FileBytes({{"KDJ", 0, 0, "theirs"}}, FALSE, 1));
     Write("other.dat", FileBytes({{"KDJ", 1, 20, "theirs"}}, FALSE, 1));
     int added = -1;
-    EXPECT_EQ(ny::ImportFormula((root / "same.dat").string(), &added), ny::ImportStatus::Ok);
+    EXPECT_EQ(ny::ImportFormula(Path("same.dat"), &added), ny::ImportStatus::Ok);
     EXPECT_EQ(added, 0);
     EXPECT_EQ(ny::RecordedMessages(), std::vector<CString>{"KDJ 在同类型指标中已存在!"});
     EXPECT_EQ(g_MyGetIndicator("KDJ", 0)->m_strTitle, "mine");
-    EXPECT_EQ(ny::ImportFormula((root / "other.dat").string(), &added), ny::ImportStatus::Ok);
+    EXPECT_EQ(ny::ImportFormula(Path("other.dat"), &added), ny::ImportStatus::Ok);
     EXPECT_EQ(added, 1);
     EXPECT_EQ(Keys(), (std::vector<std::string>{"KDJ0", "KDJ1"}));
 }
