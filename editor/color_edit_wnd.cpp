@@ -1,4 +1,5 @@
-// The script editor: its text, the lexer module it opens, and the syntax test over them.
+// The script editor: construction, the lexer module it opens, the word classes, and the syntax
+// test and the translation over its text.
 
 #include "editor/color_edit_wnd.h"
 
@@ -26,7 +27,37 @@ CString ProgramDirectory() {
 
 }  // namespace
 
+ColorEditWnd::ColorEditWnd() { Reset(); }
+
+ColorEditWnd::ColorEditWnd(const ny::EditorPlatform& platform, ny::EditorOwner* dialog, int id, int tabWidth,
+                           int, const char*, bool horizontalBar)
+    : m_nControlId(id), m_pDialog(dialog), m_bHorizontalBar(horizontalBar), m_platform(platform) {
+    Create(id, tabWidth);
+    Reset();
+}
+
 ColorEditWnd::~ColorEditWnd() { CloseLexical(); }
+
+void ColorEditWnd::Create(int id, int tabWidth) {
+    m_nControlId = id;
+    m_nTabWidth = tabWidth > 0 ? tabWidth : 4;
+    if (m_platform.window != nullptr) {
+        const ny::ScrollBarState initial{0, 200, 0, 0};
+        m_platform.window->SetScrollBar(ny::ScrollBarKind::Vertical, initial);
+        if (m_bHorizontalBar) m_platform.window->SetScrollBar(ny::ScrollBarKind::Horizontal, initial);
+    }
+    PrepareLanguage();
+    m_Tip.Create(this, m_platform.tip);
+    if (m_platform.refList != nullptr) m_platform.refList->Hide();
+}
+
+void ColorEditWnd::OnFirstShow() {
+    if (m_platform.window == nullptr) return;
+    const ny::FontMetrics font = m_platform.window->GetFontMetrics();
+    if (font.averageCharWidth > 0) m_nCharWidth = font.averageCharWidth;
+    if (font.height > 0) m_nLineHeight = font.height;
+    UpdateScrollSizes();
+}
 
 void ColorEditWnd::PrepareLanguage() {
     LoadKeyWord();
@@ -61,10 +92,6 @@ void ColorEditWnd::CloseLexical() {
     if (m_hLexical != nullptr) dlclose(m_hLexical);
     m_hLexical = nullptr;
 }
-
-CString ColorEditWnd::GetText() const { return m_strText; }
-
-void ColorEditWnd::SetText(const CString& text) { m_strText = text; }
 
 void ColorEditWnd::LoadKeyWord() { m_arKeyWords = ny::KeyWords(); }
 

@@ -97,7 +97,8 @@ TEST_F(EndToEnd, ParametersSignsAndConditions) {
 
 TEST_F(EndToEnd, StatementTextsReachTheEvaluatorInUpperCaseWithTheirLineBreaks) {
     const CIndicator& result = Run("a:=c+\r\n  o;\r\nb:a/2", nytest::MakeBars({10, 20}));
-    EXPECT_EQ(result.m_arExpressions[0]->m_strText, "C+\r\n  O");
+    // The editor joins its lines with blank, CR, LF.
+    EXPECT_EQ(result.m_arExpressions[0]->m_strText, "C+ \r\n  O");
     EXPECT_FLOAT_EQ(Statement("B").m_pData[1], 19.75f);
 }
 

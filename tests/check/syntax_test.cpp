@@ -50,7 +50,7 @@ TEST_F(SyntaxTest, StatementsAreCutAtSemicolonsAndNamesBecomeKnown) {
     const SYNTestResult result = Test("A:=C+O;\r\n{second}B:A/2,COLORBLUE;;  ;D:B");
     ASSERT_EQ(result.nResult, 0) << ny::GbkToUtf8(result.strError);
     ASSERT_EQ(result.arItems.size(), 3u);
-    EXPECT_EQ(result.strFormula, "A:=C+O;\r\n{second}B:A/2,COLORBLUE;;  ;D:B");
+    EXPECT_EQ(result.strFormula, "A:=C+O; \r\n{second}B:A/2,COLORBLUE;;  ;D:B") << "the editor's lines joined";
     EXPECT_EQ(result.arItems[0].strExpress, "C+O");
     EXPECT_EQ(result.arItems[1].strName, "B");
     EXPECT_EQ(result.arItems[1].strExpress, "A/2");
