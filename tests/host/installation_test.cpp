@@ -83,45 +83,32 @@ TEST_F(InstallationTest, ReadsTheStockListAndSkipsBadLines) {
 }
 
 TEST_F(InstallationTest, KindsAnswerTheUnitRules) {
-    const CStock* index = g_MyGetStock(1);
-    const CStock* bond = g_MyGetStock(110001);
-    const CStock* hongKong = g_MyGetStock(2000005);
-    ASSERT_TRUE(index && bond && hongKong);
-    EXPECT_TRUE(index->IsIndex());
-    EXPECT_TRUE(index->IsHandUnit());
-    EXPECT_FALSE(index->IsZQ());
-    EXPECT_TRUE(bond->IsZQ());
-    EXPECT_FALSE(bond->IsHandUnit());
-    EXPECT_EQ(hongKong->m_cMarket, 2);
-    EXPECT_EQ(hongKong->m_dwKind, NY_KIND_HAND_UNIT);
-    EXPECT_TRUE(CStock::IsZQ(110001));
-    EXPECT_TRUE(CStock::IsHandUnit(2000005));
-    EXPECT_FALSE(CStock::IsHandUnit(600001));
-    EXPECT_FALSE(CStock::IsZQ(999999));  // unknown id
-    EXPECT_FALSE(CStock::IsHandUnit(999999));
+    const struct { int id; bool index, hand, bond; } cases[] = {
+        {1, true, true, false}, {110001, false, false, true}, {2000005, false, true, false},
+        {600001, false, false, false}, {999999, false, false, false}};  // the last one unknown
+    for (const auto& c : cases) {
+        EXPECT_EQ(static_cast<bool>(CStock::IsHandUnit(c.id)), c.hand) << c.id;
+        EXPECT_EQ(static_cast<bool>(CStock::IsZQ(c.id)), c.bond) << c.id;
+        const CStock* stock = g_MyGetStock(c.id);
+        EXPECT_EQ(stock != nullptr && stock->IsIndex(), c.index) << c.id;
+    }
+    EXPECT_EQ(g_MyGetStock(2000005)->m_cMarket, 2);
+    EXPECT_EQ(g_MyGetStock(2000005)->m_dwKind, NY_KIND_HAND_UNIT);
 }
 
 TEST_F(InstallationTest, QuotesFillTheStocksAndSetTheTradeDate) {
     EXPECT_EQ(g_MyCurTradeDate, 20210630);
     const CStock* stock = g_MyGetStock(600001);
-    EXPECT_FLOAT_EQ(stock->GetValue(1), 10.1f);   // open
-    EXPECT_FLOAT_EQ(stock->GetValue(2), 10.2f);   // latest
-    EXPECT_FLOAT_EQ(stock->GetValue(3), 10.5f);   // high
-    EXPECT_FLOAT_EQ(stock->GetValue(4), 9.9f);    // low
-    EXPECT_FLOAT_EQ(stock->GetValue(5), 12300);   // volume
-    EXPECT_FLOAT_EQ(stock->GetValue(6), 125000);  // amount
-    EXPECT_FLOAT_EQ(stock->GetValue(0), 10);      // previous close
+    // previous close, open, latest, high, low, volume, amount, inner and outer volume; 99 is no field
+    const std::pair<short, float> fields[] = {{0, 10},     {1, 10.1f},     {2, 10.2f},  {3, 10.5f}, {4, 9.9f},
+                                              {5, 12300},  {6, 125000},    {51, 5000},  {66, 7300}, {99, 0}};
+    for (const auto& [code, value] : fields) EXPECT_FLOAT_EQ(stock->GetValue(code), value) << code;
     EXPECT_FLOAT_EQ(stock->m_fInnerVolume, 5000);
     EXPECT_FLOAT_EQ(stock->m_fOuterVolume, 7300);
-    EXPECT_FLOAT_EQ(stock->GetValue(51), 5000);
-    EXPECT_FLOAT_EQ(stock->GetValue(66), 7300);
-    EXPECT_FLOAT_EQ(stock->GetValue(99), 0);  // no such field
     EXPECT_FLOAT_EQ(g_MyGetStock(1000002)->GetValue(2), 5.05f);
-
-    EXPECT_TRUE(HasProblem("line 3: unknown column \"bogus\""));
-    EXPECT_TRUE(HasProblem("line 6: unknown stock \"SH600099\""));
-    EXPECT_TRUE(HasProblem("line 7: a value is not a number"));
-    EXPECT_TRUE(HasProblem("line 8: expected 11 fields"));
+    for (const char* fragment : {"line 3: unknown column \"bogus\"", "line 6: unknown stock \"SH600099\"",
+                                 "line 7: a value is not a number", "line 8: expected 11 fields"})
+        EXPECT_TRUE(HasProblem(fragment)) << fragment;
     EXPECT_FLOAT_EQ(g_MyGetStock(110001)->GetValue(0), 0);  // the bad line left nothing behind
 }
 
@@ -142,14 +129,12 @@ TEST_F(InstallationTest, SetValueWritesTheFieldThatGetValueReads) {
 
 TEST_F(InstallationTest, StoredFilesLiveUnderTheMarketFolders) {
     const CStock* stock = g_MyGetStock(1000002);
-    const std::string root = m_dir.Path() + "data/sz/";
-    EXPECT_EQ(stock->GetDayFilePath(), root + "day/000002.day");
-    EXPECT_EQ(stock->GetMin5FilePath(), root + "min5/000002.mn5");
-    EXPECT_EQ(stock->GetMinuteFilePath(), root + "min1/000002.mn1");
-    EXPECT_EQ(stock->GetExtDayFilePath(), root + "dayext/000002.ext");
-    EXPECT_EQ(stock->GetPowerFilePath(), root + "power/000002.pwr");
-    EXPECT_EQ(g_MyGetStock(600001)->GetDayFilePath(), m_dir.Path() + "data/sh/day/600001.day");
-    EXPECT_EQ(g_MyIndexSZ.GetDayFilePath(), root + "day/399001.day");
+    const std::pair<CString, std::string> paths[] = {
+        {stock->GetDayFilePath(), "sz/day/000002.day"},      {stock->GetMin5FilePath(), "sz/min5/000002.mn5"},
+        {stock->GetMinuteFilePath(), "sz/min1/000002.mn1"},  {stock->GetExtDayFilePath(), "sz/dayext/000002.ext"},
+        {stock->GetPowerFilePath(), "sz/power/000002.pwr"},  {g_MyGetStock(600001)->GetDayFilePath(), "sh/day/600001.day"},
+        {g_MyIndexSZ.GetDayFilePath(), "sz/day/399001.day"}};
+    for (const auto& [path, expected] : paths) EXPECT_EQ(path, m_dir.Path() + "data/" + expected);
 }
 
 TEST_F(InstallationTest, BarFilesKeepWholeRecordsOnly) {

@@ -19,16 +19,12 @@ CPowerData Event(int date, float profit, float give, float pei = 0, float peiPri
 }
 
 TEST(PowerAdjust, DividendBonusAndRightsInThatOrder) {
-    EXPECT_FLOAT_EQ(Event(0, 2, 0).Adjust(10.0f), 9.8f);
-    EXPECT_FLOAT_EQ(Event(0, 0, 10).Adjust(10.0f), 5.0f);
-    EXPECT_FLOAT_EQ(Event(0, 2, 10).Adjust(10.2f), 5.0f);
-    // Three rights shares per ten at 8.00 (stored as 80): (8 x 0.3 + 10) / 1.3.
-    EXPECT_NEAR(Event(0, 0, 0, 3, 80).Adjust(10.0f), 12.4 / 1.3, 1e-5);
-    EXPECT_FLOAT_EQ(Event(0, 0, 0, 3, 0).Adjust(10.0f), 10.0f);  // rights without a price
-    EXPECT_FLOAT_EQ(Event(0, 0, 0).Adjust(7.77f), 7.77f);
-}
-
-TEST(PowerAdjust, ValueIsZeroWithinTheTolerance) {
+    const struct { CPowerData event; float before, after; } cases[] = {
+        {Event(0, 2, 0), 10.0f, 9.8f}, {Event(0, 0, 10), 10.0f, 5.0f}, {Event(0, 2, 10), 10.2f, 5.0f},
+        {Event(0, 0, 0, 3, 80), 10.0f, 12.4f / 1.3f},  // three rights shares per ten at 8.00 (stored as 80)
+        {Event(0, 0, 0, 3, 0), 10.0f, 10.0f},          // rights without a price
+        {Event(0, 0, 0), 7.77f, 7.77f}};
+    for (const auto& c : cases) EXPECT_NEAR(c.event.Adjust(c.before), c.after, 1e-5) << c.before;
     EXPECT_TRUE(g_MyValueIsZero(0.00005f, 0.0001f));
     EXPECT_TRUE(g_MyValueIsZero(-0.00005f, 0.0001f));
     EXPECT_FALSE(g_MyValueIsZero(0.0002f, 0.0001f));
@@ -90,12 +86,9 @@ TEST(PowerRecord, FieldsLieInTheirStoredOrder) {
     ASSERT_EQ(bytes.size(), 40u);
     EXPECT_EQ(ny::LoadInt(bytes.data()), 600001);
     EXPECT_EQ(ny::LoadInt(bytes.data() + 4), 20200612);
-    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 8), 5);    // bonus
-    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 12), 3);   // rights
-    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 16), 80);  // rights price
-    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 20), 2);   // dividend
-    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 24), 9000);
-    EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 28), 7500);
+    // bonus, rights, rights price, dividend, total and tradable capital
+    const float floats[] = {5, 3, 80, 2, 9000, 7500};
+    for (int i = 0; i < 6; ++i) EXPECT_FLOAT_EQ(ny::LoadFloat(bytes.data() + 8 + 4 * i), floats[i]) << i;
 }
 
 }  // namespace

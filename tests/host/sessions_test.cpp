@@ -24,17 +24,21 @@ int MinuteOfDay(int hhmm) { return hhmm / 100 * 60 + hhmm % 100; }
 TEST(Time2Time, KnownStamps) {
     struct Case {
         int time, kind, stamp;
+        char market = NY_MARKET_SH;
     } cases[] = {
         {930, 0, 935},   {931, 0, 935},   {935, 0, 935},   {936, 0, 940},   {1129, 0, 1130},
         {1130, 0, 1130}, {1200, 0, 1130}, {1259, 0, 1130}, {1300, 0, 1305}, {1301, 0, 1305},
         {1500, 0, 1500}, {1512, 0, 1500}, {915, 0, 935},   {945, 1, 945},   {946, 1, 1000},
         {1300, 1, 1315}, {959, 2, 1000},  {1001, 2, 1030}, {1445, 2, 1500}, {930, 3, 1030},
         {1030, 3, 1030}, {1031, 3, 1130}, {1230, 3, 1130}, {1300, 3, 1400}, {1401, 3, 1500},
+        {1145, 0, 1130}, {1031, 3, 1130, NY_MARKET_SZ}, {1145, 0, 1145, NY_MARKET_HK},
+        {1131, 3, 1200, NY_MARKET_HK}, {1555, 2, 1600, NY_MARKET_HK},
+        {1001, 4, 1001}, {1001, -1, 1001},  // an unknown kind leaves the time
     };
     for (const Case& c : cases)
-        EXPECT_EQ(CStock::Time2Time(At(c.time), c.kind, NY_MARKET_SH), At(c.stamp))
-            << c.time << " kind " << c.kind;
-    EXPECT_EQ(CStock::Time2Time(At(1031), 3, NY_MARKET_SZ), At(1130));
+        EXPECT_EQ(CStock::Time2Time(At(c.time), c.kind, c.market), At(c.stamp)) << c.time << " kind " << c.kind;
+    EXPECT_EQ(CStock::Min5Time2Day(2106301500), 20210630);
+    EXPECT_EQ(CStock::Min5Time2Day(101080935), 20010108);
 }
 
 TEST(Time2Time, EveryMinuteHasOneStampOfItsSlot) {
@@ -58,23 +62,6 @@ TEST(Time2Time, EveryMinuteHasOneStampOfItsSlot) {
         }
         EXPECT_EQ(static_cast<int>(stamps.size()), slotsPerDay[kind]) << kind;
     }
-}
-
-TEST(Time2Time, HongKongSessionsDiffer) {
-    EXPECT_EQ(CStock::Time2Time(At(1145), 0, NY_MARKET_HK), At(1145));
-    EXPECT_EQ(CStock::Time2Time(At(1131), 3, NY_MARKET_HK), At(1200));
-    EXPECT_EQ(CStock::Time2Time(At(1555), 2, NY_MARKET_HK), At(1600));
-    EXPECT_EQ(CStock::Time2Time(At(1145), 0, NY_MARKET_SH), At(1130));
-}
-
-TEST(Time2Time, UnknownKindLeavesTheTime) {
-    EXPECT_EQ(CStock::Time2Time(At(1001), 4, NY_MARKET_SH), At(1001));
-    EXPECT_EQ(CStock::Time2Time(At(1001), -1, NY_MARKET_SH), At(1001));
-}
-
-TEST(Min5Time2Day, DateOfAMinuteTime) {
-    EXPECT_EQ(CStock::Min5Time2Day(2106301500), 20210630);
-    EXPECT_EQ(CStock::Min5Time2Day(101080935), 20010108);
 }
 
 TEST(Clock, FixedAndFollowingTheSystem) {
@@ -106,11 +93,8 @@ TEST(Clock, SetFromText) {
 }
 
 TEST(Clock, Weekdays) {
-    EXPECT_EQ(ny::WeekDay(20210627), 1);  // Sunday
-    EXPECT_EQ(ny::WeekDay(20210630), 4);  // Wednesday
-    EXPECT_EQ(ny::WeekDay(20210703), 7);  // Saturday
-    EXPECT_EQ(ny::WeekDay(20210230), 0);  // no such day
-    EXPECT_EQ(ny::WeekDay(20000229), 3);  // Tuesday, a leap day
+    const std::pair<int, int> weekdays[] = {{20210627, 1}, {20210630, 4}, {20210703, 7}, {20210230, 0}, {20000229, 3}};
+    for (const auto& [date, day] : weekdays) EXPECT_EQ(ny::WeekDay(date), day) << date;  // 1 Sunday, 0 no such day
     EXPECT_EQ(ny::LastWeekdayOnOrBefore(20210704), 20210702);
     EXPECT_EQ(ny::LastWeekdayOnOrBefore(20210630), 20210630);
     EXPECT_EQ(ny::NextWeekday(20210702), 20210705);
