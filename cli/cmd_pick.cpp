@@ -34,6 +34,7 @@ struct PickOptions {
     bool andMode = false, orMode = false;  // --and is the default; the flag only says so
     std::string scope = "all", block, codes, period = "day", from, to;
     bool power = false, csv = false, json = false;
+    int jobs = 0;  // 0: one worker per core
 };
 
 int ParseCondition(const std::string& text, ny::PickCondition* condition) {
@@ -89,6 +90,7 @@ int BuildRequest(const PickOptions& options, ny::PickRequest* request) {
     request->andMode = !options.orMode;
     request->period = PeriodNumber(options.period);
     request->adjustPower = options.power;
+    request->workers = options.jobs;
     if (options.from.empty() != options.to.empty()) return Fail(kExitUsage, "history mode needs both --from and --to");
     if (!options.from.empty()) {
         if (int status = ParseDate(options.from, &request->fromDate); status != kExitOk) return status;
@@ -190,6 +192,8 @@ void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status) {
         ->excludes(block);
     AddPeriodOption(*command, options->period);
     command->add_flag("--power", options->power, "Adjust the bars for ex-rights events");
+    command->add_option("--jobs", options->jobs, "Worker threads (default: one per core)")
+        ->check(CLI::Range(1, 64));
     command->add_option("--from", options->from, "History mode: first day (YYYYMMDD or YYYY-MM-DD)");
     command->add_option("--to", options->to, "History mode: last day");
     auto* csv = command->add_flag("--csv", options->csv, "Write CSV");

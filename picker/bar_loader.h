@@ -36,6 +36,7 @@ public:
 
     // The bars of the current stock in the wanted period, and their count.
     const CHisDay* DrawData() const { return m_pDrawData; }
+    CHisDay* DrawData() { return m_pDrawData; }
     short DrawCount() const { return m_nDrawCount; }
     // The date (YYYYMMDD) of a bar time of the current period.
     int DayOfBar(int time) const;

@@ -24,6 +24,8 @@ constexpr int kQuoteWaitMs = 5000;
 constexpr int kStopPollMs = 10;
 constexpr short kExploreBars = 280;
 constexpr size_t kResultGrowth = 1000;
+constexpr char kNotPicked = 1;  // verdicts of examined stocks; 0: not yet examined
+constexpr char kPicked = 2;
 
 // Minutes of the day of an HHMMSS time.
 int MinuteOfDay(int time) { return time / 10000 * 60 + time / 100 % 100; }
@@ -50,11 +52,6 @@ void CCondStocks::InitStatus() {
 }
 
 void CCondStocks::SetNotifyProc(NotifyProc proc) { m_pfnNotify = proc; }
-
-void CCondStocks::SetRunning(short running) {
-    ny::CriticalSectionLock guard(m_csStatus);
-    m_Status.m_nRunning = running;
-}
 
 short CCondStocks::Running() {
     ny::CriticalSectionLock guard(m_csStatus);
@@ -162,82 +159,145 @@ void CCondStocks::WaitForQuotes() {
         if (m_hRTEvent->Wait(std::chrono::milliseconds(kStopPollMs))) return;
 }
 
+// A further worker of a pick: a bar loader and copies of the conditions of its own, so that it
+// shares nothing with the other workers but the stock list and the status.
+struct CCondStocks::PickHelper {
+    explicit PickHelper(const std::vector<CIndicator*>& originals) {
+        for (const CIndicator* original : originals) {
+            if (original != nullptr) {
+                copies.push_back(std::make_unique<CIndicator>());
+                *copies.back() = *original;
+            }
+            conditions.push_back(original != nullptr ? copies.back().get() : nullptr);
+        }
+    }
+    CBarLoader loader;
+    std::vector<std::unique_ptr<CIndicator>> copies;
+    std::vector<CIndicator*> conditions;
+    std::vector<float> result;
+};
+
 void CCondStocks::ProcCondPick() {
     WaitForQuotes();
-    const size_t count = m_arStocks.size();
-    for (size_t i = 0; i < count && m_bStop == 0; ++i) {
-        const int id = m_arStocks[i];
-        const BOOL picked = ProcCondPick_Item(id);
-        if (m_fnItemDone) m_fnItemDone(id, picked);
-        {
-            ny::CriticalSectionLock guard(m_csStatus);
-            if (picked) {
-                if (m_Status.m_arResult.size() == m_Status.m_arResult.capacity())
-                    m_Status.m_arResult.reserve(m_Status.m_arResult.size() + kResultGrowth);
-                m_Status.m_arResult.push_back(id);
-                ++m_Status.m_nPicked;
-            }
-            ++m_Status.m_nDone;
-        }
-        if (m_pfnNotify != nullptr) m_pfnNotify(&m_Status);
+    m_arVerdicts.assign(m_arStocks.size(), 0);
+    m_nNextStock = 0;
+    // Every further worker takes stocks from the same list; the status counts them in the
+    // order of the list whoever examined them.
+    const size_t helpers = std::min<size_t>(std::max(m_nWorkers, 1) - 1, m_arStocks.size() - 1);
+    std::vector<std::unique_ptr<PickHelper>> workers;
+    std::vector<std::thread> threads;
+    for (size_t k = 0; k < helpers; ++k) {
+        workers.push_back(std::make_unique<PickHelper>(m_arIndicators));
+        PickHelper* helper = workers.back().get();
+        threads.emplace_back([this, helper] {
+            PickShare(helper->conditions, helper->loader, [this, helper](int id) {
+                if (!helper->loader.Load(id, m_nPeriod, m_nPower, m_nVarPeriod)) return FALSE;
+                helper->result.resize(std::max<size_t>(helper->result.size(), helper->loader.DrawCount()));
+                return PickVerdict(helper->loader, helper->conditions, helper->result.data());
+            });
+        });
     }
-    SetRunning(0);
+    PickShare(m_arIndicators, *this, [this](int id) { return ProcCondPick_Item(id); });
+    for (std::thread& thread : threads) thread.join();
+    ny::CriticalSectionLock guard(m_csStatus);
+    m_Status.m_nRunning = 0;
     if (m_pfnNotify != nullptr) m_pfnNotify(&m_Status);
+}
+
+// One worker's loop: the next stock of the list until none is left or a stop is requested.
+void CCondStocks::PickShare(const std::vector<CIndicator*>& conditions, const CBarLoader& loader,
+                            const std::function<BOOL(int)>& verdictOf) {
+    const size_t count = m_arStocks.size();
+    for (size_t i = m_nNextStock++; i < count && m_bStop == 0; i = m_nNextStock++) {
+        const BOOL picked = verdictOf(m_arStocks[i]);
+        if (m_fnItemDone) m_fnItemDone(i, picked, conditions, loader.DrawCount());
+        Commit(i, picked);
+    }
+}
+
+// Records the verdict of stock i and counts every stock of the unbroken run from the first not
+// yet counted, so that the status grows in the order of the list. The notification is made
+// under the lock: workers never notify at the same time.
+void CCondStocks::Commit(size_t i, BOOL picked) {
+    ny::CriticalSectionLock guard(m_csStatus);
+    m_arVerdicts[i] = picked ? kPicked : kNotPicked;
+    bool counted = false;
+    for (size_t next = static_cast<size_t>(m_Status.m_nDone); next < m_arVerdicts.size() && m_arVerdicts[next] != 0;
+         ++next) {
+        if (m_arVerdicts[next] == kPicked) {
+            if (m_Status.m_arResult.size() == m_Status.m_arResult.capacity())
+                m_Status.m_arResult.reserve(m_Status.m_arResult.size() + kResultGrowth);
+            m_Status.m_arResult.push_back(m_arStocks[next]);
+            ++m_Status.m_nPicked;
+        }
+        ++m_Status.m_nDone;
+        counted = true;
+    }
+    if (counted && m_pfnNotify != nullptr) m_pfnNotify(&m_Status);
 }
 
 BOOL CCondStocks::ProcCondPick_Item(int stockId) {
     if (!Load(stockId, m_nPeriod, m_nPower, m_nVarPeriod)) return FALSE;
-    for (CIndicator* indicator : m_arIndicators)
-        if (indicator != nullptr) ComputeOnDrawData(indicator);
-    std::fill(m_pResult, m_pResult + m_nDrawCount, 0.0f);
-    MergeVerdicts();
-    return Verdict();
+    return PickVerdict(*this, m_arIndicators, m_pResult);
 }
 
-void CCondStocks::ComputeOnDrawData(CIndicator* indicator) {
-    indicator->m_lStockID = m_lStockID;
+// Computes every condition over the loader's bars, merges their last statements into `result`
+// (room for the loader's bar count) and tests the merged values.
+BOOL CCondStocks::PickVerdict(CBarLoader& loader, const std::vector<CIndicator*>& conditions, float* result) const {
+    for (CIndicator* indicator : conditions)
+        if (indicator != nullptr) ComputeOnBars(indicator, loader);
+    std::fill(result, result + loader.DrawCount(), 0.0f);
+    MergeVerdicts(conditions, loader.DrawCount(), result);
+    return Verdict(loader, result);
+}
+
+void CCondStocks::ComputeOnBars(CIndicator* indicator, CBarLoader& loader) {
+    const short bars = loader.DrawCount();
+    indicator->m_lStockID = loader.m_lStockID;
     indicator->Change();
-    indicator->m_pHisDay = m_pDrawData;
-    indicator->m_nBarCount = m_nDrawCount;
+    indicator->m_pHisDay = loader.DrawData();
+    indicator->m_nBarCount = bars;
     indicator->m_nDrawStart = 0;
-    indicator->m_nDrawEnd = m_nDrawCount;
-    indicator->AllocMem(m_nDrawCount);
-    indicator->Calc(0, m_nDrawCount);
+    indicator->m_nDrawEnd = bars;
+    indicator->AllocMem(bars);
+    indicator->Calc(0, bars);
 }
 
 // The last statement of each computed condition: the first is taken as it is, each later one
 // combined bar by bar, AND (both non-zero) or OR (either non-zero) into 1 or 0.
-void CCondStocks::MergeVerdicts() {
+void CCondStocks::MergeVerdicts(const std::vector<CIndicator*>& conditions, short bars, float* result) const {
     bool first = true;
-    for (CIndicator* indicator : m_arIndicators) {
+    for (CIndicator* indicator : conditions) {
         if (indicator == nullptr || indicator->m_arExpressions.empty()) continue;
         const CExpression* verdict = indicator->m_arExpressions.back();
         if (verdict->m_cComputed != 1 || verdict->m_pData == nullptr) continue;
-        const short bars = std::min(m_nDrawCount, verdict->m_nAllocBars);
+        const short n = std::min(bars, verdict->m_nAllocBars);
         const float* values = verdict->m_pData;
         if (first) {
-            std::copy(values, values + bars, m_pResult);
+            std::copy(values, values + n, result);
             first = false;
             continue;
         }
-        for (short b = 0; b < bars; ++b) {
-            const bool both = m_pResult[b] != 0 && values[b] != 0;
-            const bool either = m_pResult[b] != 0 || values[b] != 0;
-            m_pResult[b] = (m_cLogic == 1 ? both : either) ? 1.0f : 0.0f;
+        for (short b = 0; b < n; ++b) {
+            const bool both = result[b] != 0 && values[b] != 0;
+            const bool either = result[b] != 0 || values[b] != 0;
+            result[b] = (m_cLogic == 1 ? both : either) ? 1.0f : 0.0f;
         }
     }
 }
 
 // With a history range: any bar dated in it with a value above 0. Otherwise: the last bar.
-BOOL CCondStocks::Verdict() const {
+BOOL CCondStocks::Verdict(const CBarLoader& loader, const float* result) const {
+    const CHisDay* bars = loader.DrawData();
+    const short count = loader.DrawCount();
     if (m_lBeginDate > 0 || m_lEndDate > 0) {
-        for (short b = 0; b < m_nDrawCount; ++b) {
-            const int date = DayOfBar(m_pDrawData[b].m_lTime);
-            if (date >= m_lBeginDate && date <= m_lEndDate && m_pResult[b] > 0) return TRUE;
+        for (short b = 0; b < count; ++b) {
+            const int date = loader.DayOfBar(bars[b].m_lTime);
+            if (date >= m_lBeginDate && date <= m_lEndDate && result[b] > 0) return TRUE;
         }
         return FALSE;
     }
-    return m_pResult[m_nDrawCount - 1] > 0;
+    return result[count - 1] > 0;
 }
 
 // ---- Single-stock services ----
@@ -245,7 +305,7 @@ BOOL CCondStocks::Verdict() const {
 BOOL CCondStocks::CalcIndicator(CIndicator* indicator, int stockId, short period, int power, int varPeriod) {
     if (!Load(stockId, period, power, varPeriod) || indicator == nullptr) return FALSE;
     KeepLast(kExploreBars);
-    ComputeOnDrawData(indicator);
+    ComputeOnBars(indicator, *this);
     return TRUE;
 }
 
@@ -257,6 +317,6 @@ BOOL CCondStocks::BeforeExplore(int stockId, int beginDate, int endDate, short p
 
 BOOL CCondStocks::ExploreTSIndicator(CIndicator* indicator) {
     if (m_pDrawData == nullptr || m_nDrawCount < 1 || m_lStockID <= 0 || indicator == nullptr) return FALSE;
-    ComputeOnDrawData(indicator);
+    ComputeOnBars(indicator, *this);
     return TRUE;
 }

@@ -76,9 +76,14 @@ public:
 
     // Pick state.
     NotifyProc m_pfnNotify = nullptr;
-    // Called on the worker thread right after each stock, with its id and verdict, while the
-    // conditions still hold that stock's values; empty by default. Set it between picks only.
-    std::function<void(int stockId, BOOL picked)> m_fnItemDone;
+    // Workers of a pick, 1 by default: each further worker has its own bar loader and copies of
+    // the conditions. Status, stop and result are those of one worker. Set it between picks.
+    int m_nWorkers = 1;
+    // Called on the worker that examined a stock, right after it, with the stock's index in
+    // m_arStocks, its verdict, the conditions that hold its values and their bar count; empty
+    // by default. Workers call it at the same time for different stocks. Set it between picks.
+    std::function<void(size_t index, BOOL picked, const std::vector<CIndicator*>& conditions, short bars)>
+        m_fnItemDone;
     CondStocksSTATUS m_Status;
     std::vector<CIndicator*> m_arIndicators;  // the caller's; must outlive the pick
     std::vector<int> m_arStocks;
@@ -95,9 +100,16 @@ private:
     void PrepareQuotes(int time, int ask);
     void StartWorker();
     void WaitForQuotes();
-    void SetRunning(short running);
     short Running();
-    void ComputeOnDrawData(CIndicator* indicator);
-    void MergeVerdicts();
-    BOOL Verdict() const;
+    struct PickHelper;
+    void PickShare(const std::vector<CIndicator*>& conditions, const CBarLoader& loader,
+                   const std::function<BOOL(int)>& verdictOf);
+    void Commit(size_t i, BOOL picked);
+    BOOL PickVerdict(CBarLoader& loader, const std::vector<CIndicator*>& conditions, float* result) const;
+    static void ComputeOnBars(CIndicator* indicator, CBarLoader& loader);
+    void MergeVerdicts(const std::vector<CIndicator*>& conditions, short bars, float* result) const;
+    BOOL Verdict(const CBarLoader& loader, const float* result) const;
+
+    std::vector<char> m_arVerdicts;            // per stock of the list: 0 not yet, 1 no, 2 picked
+    std::atomic<size_t> m_nNextStock{0};       // the next stock a worker takes
 };

@@ -97,9 +97,9 @@ bool CheckRequest(const PickRequest& request, CString* message) {
 
 // The last value of each condition's verdict statement for the stock the engine handled last;
 // NaN for a condition that did not compute.
-std::vector<float> LastValues(const std::vector<std::unique_ptr<CIndicator>>& conditions, short bars) {
+std::vector<float> LastValues(const std::vector<CIndicator*>& conditions, short bars) {
     std::vector<float> values;
-    for (const auto& condition : conditions) {
+    for (const CIndicator* condition : conditions) {
         const CExpression* verdict =
             condition->m_arExpressions.empty() ? nullptr : condition->m_arExpressions.back();
         const bool computed =
@@ -128,10 +128,14 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
     for (const auto& condition : conditions) indicators.push_back(condition.get());
 
     CCondStocks engine;
-    // The conditions hold the values of one stock at a time: take each hit's as it is examined.
-    // Written on the worker; read here once the status says that the pick has ended.
-    engine.m_fnItemDone = [&outcome, &conditions, &engine](int id, BOOL picked) {
-        if (picked) outcome.hits.push_back(PickHit{id, LastValues(conditions, engine.DrawCount())});
+    engine.m_nWorkers = request.workers > 0 ? request.workers : DefaultPickWorkers();
+    // The conditions hold the values of one stock at a time: take each hit's as it is examined,
+    // into the slot of its stock, which no other worker writes. Read here once the status says
+    // that the pick has ended.
+    std::vector<std::vector<float>> lastValues(stocks.size());
+    engine.m_fnItemDone = [&lastValues](size_t index, BOOL picked, const std::vector<CIndicator*>& conditions,
+                                        short bars) {
+        if (picked) lastValues[index] = LastValues(conditions, bars);
     };
     if (!engine.Play(indicators, request.andMode ? 1 : 2, stocks, request.period, request.adjustPower ? 1 : 0,
                      0, history ? request.fromDate : 0, history ? request.toDate : 0, 0)) {
@@ -156,6 +160,9 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
         std::this_thread::sleep_for(kPollStep);
     }
     if (progress) progress(status.m_nDone, status.m_nTotal);
+    // The stocks counted by the status are the first m_nDone of the list, whatever the workers.
+    for (size_t i = 0; i < static_cast<size_t>(status.m_nDone); ++i)
+        if (!lastValues[i].empty()) outcome.hits.push_back(PickHit{stocks[i], std::move(lastValues[i])});
     outcome.ok = true;
     outcome.examined = status.m_nDone;
     outcome.total = status.m_nTotal;
@@ -164,6 +171,8 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
         outcome.message = MSG_PICK_BLOCK_NOT_SAVED;
     return outcome;
 }
+
+int DefaultPickWorkers() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
 
 bool LoadStockBars(int stockId, short period, bool adjustPower, std::vector<CHisDay>* bars) {
     bars->clear();

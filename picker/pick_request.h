@@ -31,6 +31,7 @@ struct PickRequest {
     bool adjustPower = false;        // adjust the bars for ex-rights events
     int fromDate = 0;                // history mode when both dates are set (YYYYMMDD)
     int toDate = 0;
+    int workers = 0;                 // threads of the pick; 0: one per core
 };
 
 // A picked stock and, per condition, the last value of its verdict statement (NaN if that
@@ -60,6 +61,9 @@ struct PickOutcome {
 PickOutcome RunPick(const PickRequest& request,
                     const std::function<void(int done, int total)>& progress,
                     const std::function<bool()>& stopRequested);
+
+// The number of cores: the workers of a pick unless the request names them.
+int DefaultPickWorkers();
 
 // The bars of a stock of the installation in a period, optionally adjusted for ex-rights
 // events, through the same pipeline as a pick. False if the stock has no data.

@@ -17,7 +17,7 @@ public:
     void Leave() { m_mutex.unlock(); }
 
 private:
-    std::mutex m_mutex;
+    std::recursive_mutex m_mutex;  // the thread that holds it may enter again, as it may call back
 };
 
 // Holds a critical section for the life of a scope.

@@ -77,8 +77,9 @@ protected:
 
     // The ids picked by the engine, run to its end.
     std::vector<int> Pick(std::vector<CIndicator*> indicators, char logic, std::vector<int> stocks,
-                          short period, int power) {
+                          short period, int power, int workers = 1) {
         CCondStocks engine;
+        engine.m_nWorkers = workers;
         EXPECT_TRUE(engine.Play(indicators, logic, stocks, period, power, 0, 0, 0, 0));
         CondStocksSTATUS status;
         do {
@@ -103,12 +104,14 @@ TEST_F(MarketPick, SameAsEvaluatingEachStockAlone) {
                           Case{NY_PERIOD_MIN30, 0, 1}}) {
         auto above = Condition(kAboveAverage, "A", 10);
         auto volume = Condition(kVolumeUp, "B", 10);
-        const std::vector<int> picked = Pick({above.get(), volume.get()}, c.logic, all, c.period, c.power);
         std::vector<int> expected;
         for (int id : all)
             if (PickedAlone(id, {&kAboveAverage, &kVolumeUp}, 10, c.logic == 1, c.period, c.power == 1))
                 expected.push_back(id);
-        EXPECT_EQ(picked, expected) << "period " << c.period << " power " << c.power;
+        // Several workers pick the same stocks in the same order as one.
+        for (int workers : {1, 3})
+            EXPECT_EQ(Pick({above.get(), volume.get()}, c.logic, all, c.period, c.power, workers), expected)
+                << "period " << c.period << " power " << c.power << " workers " << workers;
         EXPECT_FALSE(expected.empty()) << "period " << c.period;
         EXPECT_LT(expected.size(), all.size()) << "period " << c.period;
     }
@@ -121,6 +124,7 @@ TEST_F(MarketPick, StopEndsAPickWithTheHitsSoFar) {
     std::vector<int> stocks;
     for (int round = 0; round < 60; ++round) stocks.insert(stocks.end(), all.begin(), all.end());
     CCondStocks engine;
+    engine.m_nWorkers = 2;  // the status still counts an unbroken run of the list
     std::vector<CIndicator*> indicators = {above.get()};
     ASSERT_TRUE(engine.Play(indicators, 1, stocks, NY_PERIOD_DAY, 0, 0, 0, 0, 0));
     CondStocksSTATUS status;
