@@ -189,9 +189,10 @@ void CCondStocks::ProcCondPick() {
     for (size_t k = 0; k < helpers; ++k) {
         workers.push_back(std::make_unique<PickHelper>(m_arIndicators));
         PickHelper* helper = workers.back().get();
-        threads.emplace_back([this, helper] {
-            PickShare(helper->conditions, helper->loader, [this, helper](int id) {
-                if (!helper->loader.Load(id, m_nPeriod, m_nPower, m_nVarPeriod)) return FALSE;
+        // The own loader rewrites its period and adjustment with each stock: helpers take copies.
+        threads.emplace_back([this, helper, period = m_nPeriod, power = m_nPower, varPeriod = m_nVarPeriod] {
+            PickShare(helper->conditions, helper->loader, [this, helper, period, power, varPeriod](int id) {
+                if (!helper->loader.Load(id, period, power, varPeriod)) return FALSE;
                 helper->result.resize(std::max<size_t>(helper->result.size(), helper->loader.DrawCount()));
                 return PickVerdict(helper->loader, helper->conditions, helper->result.data());
             });
