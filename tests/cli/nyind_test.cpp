@@ -31,35 +31,30 @@ TEST(NyindCheck, PassedFormulaShowsTheStatementsCut) {
     EXPECT_NE(r.out.find("X     C+1         0              1"), std::string::npos) << r.out;
 }
 
-TEST(NyindCheck, MistakesGetTheSystemsMessageAndStatusOne) {
-    RunResult r = Nyind("check --name TEST -", "MA5:MA(C,5;");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, U8("当前公式: TEST\n函数式子不完整\n"));
-    r = Nyind("check --name TEST -", "A:MAA(C,5);");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, U8("当前公式: TEST\nMAA函数名错误\n"));
-    r = Nyind("check --json -", "A:MA(C);");
-    EXPECT_EQ(r.status, 1);
-    const json out = json::parse(r.out);
-    EXPECT_EQ(out["code"], -5);
-    EXPECT_EQ(out["passed"], false);
-}
-
-TEST(NyindUsage, BadOptionsGiveUsageAndStatusTwo) {
-    RunResult r = Nyind("calc --no-such-option");
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("--no-such-option"), std::string::npos);
-    r = Nyind("calc --formula MACD");  // no bars
-    EXPECT_EQ(r.status, 2);
-    r = Nyind("calc --formula MACD --stock SH600001 --kind nonsense");
-    EXPECT_EQ(r.status, 2);
-    r = Nyind("calc --source - --bars -");
-    EXPECT_EQ(r.status, 2);
-    r = Nyind("--home /no/such/dir funcs");
-    EXPECT_EQ(r.status, 2);
-    r = Nyind("lib --help");
-    EXPECT_EQ(r.status, 0);
-    EXPECT_NE(r.out.find("build"), std::string::npos);
+// Refusals give status 1 with the system's message, usage errors status 2.
+TEST(NyindStatus, RefusalsAndUsageErrors) {
+    const struct {
+        std::string args, input;
+        int status;
+        std::string out, err;  // a part of the output expected, if any
+    } cases[] = {
+        {"check --name TEST -", "MA5:MA(C,5;", 1, U8("当前公式: TEST\n函数式子不完整\n"), ""},
+        {"check --name TEST -", "A:MAA(C,5);", 1, U8("当前公式: TEST\nMAA函数名错误\n"), ""},
+        {"check --json -", "A:MA(C);", 1, "\"passed\": false,\n  \"code\": -5", ""},
+        {"funcs NOSUCHFUNC", "", 1, "", ""},
+        {"calc --no-such-option", "", 2, "", "--no-such-option"},
+        {"calc --formula MACD", "", 2, "", ""},  // no bars
+        {"calc --formula MACD --stock SH600001 --kind nonsense", "", 2, "", ""},
+        {"calc --source - --bars -", "", 2, "", ""},
+        {"--home /no/such/dir funcs", "", 2, "", ""},
+        {"lib --help", "", 0, "build", ""},
+    };
+    for (const auto& c : cases) {
+        const RunResult r = Nyind(c.args, c.input);
+        EXPECT_EQ(r.status, c.status) << c.args;
+        EXPECT_NE(r.out.find(c.out), std::string::npos) << c.args << "\n" << r.out;
+        EXPECT_NE(r.err.find(c.err), std::string::npos) << c.args << "\n" << r.err;
+    }
 }
 
 // MACD's DIF over the stored day bars against a textbook EMA computed here in double.
@@ -258,7 +253,6 @@ TEST(NyindFuncs, OneRowWithUsageAndExample) {
     EXPECT_EQ(row["name"], "MA");
     EXPECT_EQ(row["arguments"], 2);
     EXPECT_EQ(row["category_label"], U8("引用函数"));
-    EXPECT_EQ(Nyind("funcs NOSUCHFUNC").status, 1);
 }
 
 }  // namespace
