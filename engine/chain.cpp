@@ -60,6 +60,13 @@ const std::vector<WordGroup>& BuiltInChain() {
     return chain;
 }
 
+const std::vector<const char*>& WordsOutsideTheChain() {
+    // TFILT filters by trading time, the others are futures figures the bars do not carry.
+    static const std::vector<const char*> words = {"TFILT", "VOLINSTK", "ISBUYORDER", "LONGNUM",
+                                                   "SHORTNUM", "LONGPROPORTION"};
+    return words;
+}
+
 const WordGroup* FindBuiltInWord(const char* word) {
     // The chain is searched in order; a map from each word to the first group holding it gives
     // the same answer without a string comparison per built-in word.

@@ -29,4 +29,14 @@ const WordGroup* FindBuiltInWord(const char* word);
 // All groups in chain order.
 const std::vector<WordGroup>& BuiltInChain();
 
+// Words of the chain that read as a series of zeros (POS, the fund-flow words, DDX...): kept so
+// that formulas written elsewhere still run, but the catalog has no row for them, so the syntax
+// test refuses them in a new formula rather than let it read zeros without a word.
+bool IsReservedMarketWord(const char* word);
+
+// Words the editor knows, as catalog rows or market keywords, that the chain leaves out on
+// purpose: they fall through to parameters, statements and other formulas like any name, and
+// otherwise fail as unknown words. Each gets a chain entry when its reader is written.
+const std::vector<const char*>& WordsOutsideTheChain();
+
 }  // namespace ny

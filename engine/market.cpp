@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/chain.h"
 #include "engine/eval_code.h"
 #include "engine/eval_util.h"
 #include "host/files.h"
@@ -127,6 +128,11 @@ bool ReadsTheStock(MarketWord kind) {
 }
 
 }  // namespace
+
+bool ny::IsReservedMarketWord(const char* word) {
+    MarketWord kind;
+    return FindMarketWord(word, &kind) && kind == MarketWord::Reserved;
+}
 
 char CIndicator::ReadMarketWord(char* word, float* out, short* from, short* to, char, char* isSeries) {
     MarketWord kind;
