@@ -12,6 +12,7 @@
 #include "host/stockdb.h"
 #include "model/formula_source.h"
 #include "model/library.h"
+#include "installed_library.h"
 #include "nyind_runner.h"
 
 namespace nyind_test {
@@ -22,16 +23,8 @@ struct SourceFormula {
     CIndicator definition;
 };
 
-class FormulaSetTest : public ::testing::Test {
+class FormulaSetTest : public InstalledLibrary {
 protected:
-    static void SetUpTestSuite() {
-        ASSERT_TRUE(ny::OpenInstallation(kInstall));
-        g_MyInitIndicator();
-    }
-    static void TearDownTestSuite() {
-        g_MyRemoveIndicators();
-        ny::CloseInstallation();
-    }
 
     static std::vector<std::unique_ptr<SourceFormula>> Sources() {
         std::vector<std::unique_ptr<SourceFormula>> sources;

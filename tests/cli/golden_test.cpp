@@ -23,6 +23,7 @@
 #include "host/installation.h"
 #include "host/stockdb.h"
 #include "model/library.h"
+#include "installed_library.h"
 #include "nyind_runner.h"
 #include "picker/pick_request.h"
 
@@ -93,16 +94,8 @@ std::string RecordKey(const CIndicator& f, const GoldenPeriod& p) {
     return std::to_string(f.m_MainType) + " " + p.name + " " + ny::GbkToUtf8(f.m_strName);
 }
 
-class GoldenResults : public ::testing::Test {
+class GoldenResults : public InstalledLibrary {
 protected:
-    static void SetUpTestSuite() {
-        ASSERT_TRUE(ny::OpenInstallation(kInstall));
-        g_MyInitIndicator();
-    }
-    static void TearDownTestSuite() {
-        g_MyRemoveIndicators();
-        ny::CloseInstallation();
-    }
 
     // Evaluates every system formula over every stock in every period.
     static std::map<std::string, Record> Compute(std::ostream* dump) {
