@@ -32,15 +32,15 @@ TEST(Calc, ConstantStatementFillsTheWholeRange) {
     EXPECT_EQ(x.m_cIsSeries, 0);
     EXPECT_EQ(x.m_nFirst, 0);
     EXPECT_EQ(x.m_nEnd, 100);
-    for (int i = 0; i < 100; ++i) ASSERT_FLOAT_EQ(x.m_pData[i], 5.0f) << i;
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(x.m_pData[i], 5.0f) << i;
 }
 
 TEST(Calc, SeriesStatementCopiesTheBars) {
     Formula f({{"A", "CLOSE"}});
     f.Run(RisingBars(20));
     EXPECT_EQ(f["A"].m_cIsSeries, 1);
-    EXPECT_FLOAT_EQ(f.At("A", 0), 1.0f);
-    EXPECT_FLOAT_EQ(f.At("A", 19), 20.0f);
+    EXPECT_EQ(f.At("A", 0), 1.0f);
+    EXPECT_EQ(f.At("A", 19), 20.0f);
 }
 
 TEST(Calc, EmptyStatementFails) {
@@ -54,9 +54,9 @@ TEST(Calc, FailureDoesNotStopTheNextStatement) {
     Formula f({{"B", "NOWORD"}, {"C", "CLOSE"}});
     f.Run(RisingBars(10));
     EXPECT_EQ(f["B"].m_cComputed, 0);
-    EXPECT_FLOAT_EQ(f.At("B", 3), 0.0f);
+    EXPECT_EQ(f.At("B", 3), 0.0f);
     EXPECT_EQ(f["C"].m_cComputed, 1);
-    EXPECT_FLOAT_EQ(f.At("C", 3), 4.0f);
+    EXPECT_EQ(f.At("C", 3), 4.0f);
 }
 
 TEST(Calc, NarrowedRangeCarriesToLaterStatements) {
@@ -68,15 +68,15 @@ TEST(Calc, NarrowedRangeCarriesToLaterStatements) {
     EXPECT_EQ(f["A"].m_nFirst, 3);
     EXPECT_EQ(f["B"].m_nFirst, 3);
     EXPECT_EQ(f["B"].m_nEnd, 10);
-    EXPECT_FLOAT_EQ(f.At("B", 2), 0.0f);
-    EXPECT_FLOAT_EQ(f.At("B", 3), 7.0f);
+    EXPECT_EQ(f.At("B", 2), 0.0f);
+    EXPECT_EQ(f.At("B", 3), 7.0f);
 }
 
 TEST(Calc, ConstantDeclaredBehindANarrowingReadsItsValue) {
     Formula f({{"A", "CLOSE"}, {"X", "5"}, {"B", "CLOSE*X"}});
     f.Run(RisingBars(10), 3);
-    EXPECT_FLOAT_EQ(f.At("B", 4), 25.0f);
-    EXPECT_FLOAT_EQ(f.At("B", 9), 50.0f);
+    EXPECT_EQ(f.At("B", 4), 25.0f);
+    EXPECT_EQ(f.At("B", 9), 50.0f);
 }
 
 TEST(Calc, LaterStatementIsNotComputedYet) {
@@ -99,7 +99,7 @@ TEST(Calc, LineBreaksInsideAStatementVanish) {
     Formula f({{"A", "CLO\r\nSE+\n1"}});
     f.Run(RisingBars(5));
     ASSERT_EQ(f["A"].m_cComputed, 1);
-    EXPECT_FLOAT_EQ(f.At("A", 4), 6.0f);
+    EXPECT_EQ(f.At("A", 4), 6.0f);
 }
 
 TEST(Calc, StatementOf511BytesRunsAnd512BytesFails) {
@@ -109,7 +109,7 @@ TEST(Calc, StatementOf511BytesRunsAnd512BytesFails) {
     Formula f({{"A", text}, {"B", text + " "}});
     f.Run(RisingBars(3));
     EXPECT_EQ(f["A"].m_cComputed, 1);
-    EXPECT_FLOAT_EQ(f.At("A", 0), 256.0f);
+    EXPECT_EQ(f.At("A", 0), 256.0f);
     EXPECT_EQ(f["B"].m_cComputed, 0);
 }
 
@@ -143,6 +143,45 @@ TEST(Calc, ResultsOnlyWidenUntilChange) {
     f.ind.Change();
     EXPECT_EQ(f["A"].m_nFirst, 30000);
     EXPECT_EQ(f["A"].m_cComputed, 0);
+}
+
+TEST(Calc, RefSetsItsOwnRangeInsideAStatementRun) {
+    // The moved range replaces what the statement before left, as REF's range follows X's.
+    Formula f({{"A", "MA(CLOSE,5)"}, {"B", "REF(CLOSE,1)"}});
+    f.Run(RisingBars(10));
+    EXPECT_EQ(f["A"].m_nFirst, 4);
+    EXPECT_EQ(f["B"].m_nFirst, 1);
+    EXPECT_EQ(f.At("B", 1), 1.0f);
+}
+
+TEST(Calc, WindowsKeepAnEarlierNarrowing) {
+    // Behind the longer average, later statements start where it does, with the values of their
+    // own windows.
+    Formula f({{"A", "MA(CLOSE,5)"}, {"B", "MA(CLOSE,2)"}, {"C", "HHV(CLOSE,0)"},
+               {"D", "REFDATE(CLOSE,1240103)"}});
+    f.Run(RisingBars(10));
+    EXPECT_EQ(f["B"].m_nFirst, 4);
+    EXPECT_EQ(f.At("B", 4), 4.5f);
+    EXPECT_EQ(f.At("B", 3), 0.0f);
+    EXPECT_EQ(f["C"].m_nFirst, 4);
+    EXPECT_EQ(f["D"].m_nFirst, 4);
+    EXPECT_EQ(f.At("D", 4), 2.0f);
+}
+
+TEST(Calc, RecursionAfterANarrowedRange) {
+    // EMA reads X from bar 0 and runs through the bars before the range unseen; SMA reads X over
+    // the range it is given and starts afresh at its first bar: 2, then (6 + 2 x 2) / 3, ...
+    Formula f({{"A", "EMA(CLOSE,3)"}, {"B", "MA(CLOSE,4)*0+EMA(CLOSE,3)"},
+               {"D", "MA(CLOSE,4)*0+SMA(CLOSE,3,1)"}});
+    f.Run(nytest::MakeBars({2, 4, 8, 2, 6, 1, 9}));
+    EXPECT_EQ(f["A"].m_nFirst, 0);
+    EXPECT_EQ(f["B"].m_nFirst, 3);
+    EXPECT_EQ(f["D"].m_nFirst, 3);
+    const float sma[] = {2, 3.33333325f, 2.55555558f, 4.70370388f};
+    for (int i = 3; i < 7; ++i) {
+        EXPECT_EQ(f.At("B", i), f.At("A", i)) << i;
+        EXPECT_EQ(f.At("D", i), sma[i - 3]) << i;
+    }
 }
 
 }  // namespace

@@ -2,11 +2,13 @@
 // Builds a formula from "NAME:TEXT" statements and runs it over bars, the way the picker and the
 // chart view do: Change, bars, AllocMem, Calc.
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "engine/eval_code.h"
 #include "model/indicator.h"
 
 namespace nytest {
@@ -34,6 +36,28 @@ inline std::vector<CHisDay> RisingBars(int n) {
     return MakeBars(closes);
 }
 
+// A parameter with its default value.
+inline void AddParam(CIndicator& ind, const std::string& name, short value) {
+    auto* param = new CParam;
+    param->m_strName = name;
+    param->m_nDefault = value;
+    ind.m_arParams.push_back(param);
+}
+
+// A computed statement of the given values, valid on bars first..end-1, for use by name.
+inline void AddSeries(CIndicator& ind, const std::string& name, const std::vector<float>& values,
+                      short first, short end) {
+    auto* expr = new CExpression;
+    expr->m_strName = name;
+    expr->AllocMem(static_cast<short>(values.size()));
+    std::copy(values.begin(), values.end(), expr->m_pData);
+    expr->m_nFirst = first;
+    expr->m_nEnd = end;
+    expr->m_cIsSeries = 1;
+    expr->m_cComputed = 1;
+    ind.m_arExpressions.push_back(expr);
+}
+
 struct Statement {
     std::string name;
     std::string text;
@@ -51,12 +75,9 @@ public:
     }
 
     void AddParam(const std::string& name, short value) {
-        auto* param = new CParam;
-        param->m_strName = name;
-        param->m_nMin = -100;
-        param->m_nMax = 1000;
-        param->m_nDefault = value;
-        ind.m_arParams.push_back(param);
+        nytest::AddParam(ind, name, value);
+        ind.m_arParams.back()->m_nMin = -100;
+        ind.m_arParams.back()->m_nMax = 1000;
     }
 
     int Run(std::vector<CHisDay> newBars, short drawStart = 0) {
@@ -103,29 +124,22 @@ inline Reading ReadValue(CIndicator& ind, const std::string& text) {
     return reading;
 }
 
-// Reads a condition text with the condition grammar, closed by ',' as a function argument is.
-struct Condition {
-    char code = 0;
-    char isSeries = 0;
-    short from = 0;
-    short to = 0;
-    std::vector<char> truth;
-};
-
-inline Condition ReadCondition(CIndicator& ind, const std::string& text) {
-    Condition cond;
+// Reads a condition text with the condition grammar, closed by ',' as a function argument is;
+// the truth of each bar is left in the values.
+inline Reading ReadCondition(CIndicator& ind, const std::string& text) {
+    Reading cond;
     std::vector<char> line(text.begin(), text.end());
     line.push_back(',');
     line.push_back(';');
     line.push_back('\0');
-    cond.truth.assign(std::max<int>(ind.m_nBarCount, 1), 0);
-    cond.from = 0;
+    std::vector<char> truth(std::max<int>(ind.m_nBarCount, 1), 0);
     cond.to = static_cast<short>(ind.m_nBarCount - 1);
     ind.m_nCurFrom = ind.m_nDrawStart;
     ind.m_nCurTo = ind.m_nDrawEnd;
     ind.m_pCursor = line.data();
     cond.isSeries = 1;
-    cond.code = ind.ReadLogical(cond.truth.data(), &cond.from, &cond.to, &cond.isSeries);
+    cond.code = ind.ReadLogical(truth.data(), &cond.from, &cond.to, &cond.isSeries);
+    cond.values.assign(truth.begin(), truth.end());
     return cond;
 }
 

@@ -38,70 +38,66 @@ protected:
         nytest::AttachBars(ind, bars);
         ind.m_lStockID = 600001;
     }
-    nytest::Reading Read(const char* text) { return nytest::ReadValue(ind, text); }
-
     TempInstallation home;
     std::vector<CHisDay> bars;
     CIndicator ind;
 };
 
-TEST_F(MarketWords, IndexWordsReadTheSameDayOfTheMarketIndex) {
-    nytest::Reading close = Read("INDEXC");
-    ASSERT_EQ(close.code, 0);
-    EXPECT_EQ(close.isSeries, 1);
-    EXPECT_FLOAT_EQ(close.values[0], 3000.0f);
-    EXPECT_FLOAT_EQ(close.values[1], 0.0f);  // the index has no bar that day
-    EXPECT_FLOAT_EQ(close.values[2], 3100.0f);
-    EXPECT_FLOAT_EQ(Read("INDEXH").values[2], 3110.0f);
-    EXPECT_FLOAT_EQ(Read("INDEXV").values[0], 5000.0f);
-    EXPECT_FLOAT_EQ(Read("INDEXADV").values[2], 700.0f);
-    EXPECT_FLOAT_EQ(Read("INDEXDEC").values[0], 34.0f);
-    ind.m_lStockID = 1000002;  // a Shenzhen stock reads the Shenzhen index
-    EXPECT_FLOAT_EQ(Read("INDEXC").values[1], 9000.0f);
-    EXPECT_FLOAT_EQ(Read("INDEXC").values[0], 0.0f);
-}
-
-TEST_F(MarketWords, StockWordsHoldOneValueOnEveryBar) {
-    EXPECT_FLOAT_EQ(Read("BUYVOL").values[2], 45.0f);  // outer volume 4500 shares in hands
-    EXPECT_FLOAT_EQ(Read("SELLVOL").values[0], 30.0f);
-    EXPECT_FLOAT_EQ(Read("CAPITAL").values[1], 500000.0f);
-    EXPECT_FLOAT_EQ(Read("ISINDEX").values[1], 0.0f);
-    EXPECT_FLOAT_EQ(Read("SETCODE").values[1], 0.0f);
-    ind.m_lStockID = 1000002;
-    EXPECT_FLOAT_EQ(Read("SETCODE").values[1], 1.0f);
-}
-
-TEST_F(MarketWords, MissingStockAndNonIndex) {
-    ind.m_lStockID = 600999;
-    EXPECT_EQ(Read("BUYVOL").code, 19);
-    EXPECT_EQ(Read("SELLVOL").code, 19);
-    EXPECT_FLOAT_EQ(Read("CAPITAL").values[1], 0.0f);
-    EXPECT_FLOAT_EQ(Read("ISINDEX").values[1], 0.0f);
-    EXPECT_EQ(Read("ADVANCE").code, 19);
-    ind.m_lStockID = 600001;
-    EXPECT_EQ(Read("DECLINE").code, 19);
-}
-
-TEST_F(MarketWords, AdvanceAndDeclineOfAnIndexReadItsOwnBars) {
-    ind.m_lStockID = 1;
-    EXPECT_FLOAT_EQ(Read("ISINDEX").values[0], 1.0f);
-    EXPECT_FLOAT_EQ(Read("ADVANCE").values[1], 5.0f);
-    EXPECT_FLOAT_EQ(Read("DECLINE").values[1], 6.0f);
-    EXPECT_FLOAT_EQ(Read("ADVANCE").values[0], 0.0f);
-}
-
-TEST_F(MarketWords, BarPositionWordsUseTheCurrentRange) {
-    nytest::Reading curr = Read("CURRBARSCOUNT");
-    EXPECT_FLOAT_EQ(curr.values[0], 3.0f);
-    EXPECT_FLOAT_EQ(curr.values[2], 1.0f);
-    EXPECT_FLOAT_EQ(Read("TOTALBARSCOUNT").values[0], 3.0f);
-    nytest::Reading last = Read("ISLASTBAR");
-    EXPECT_FLOAT_EQ(last.values[1], 0.0f);
-    EXPECT_FLOAT_EQ(last.values[2], 1.0f);
-    nytest::Reading pos = Read("POS");
-    EXPECT_EQ(pos.code, 0);
-    EXPECT_EQ(pos.isSeries, 1);
-    EXPECT_FLOAT_EQ(pos.values[1], 0.0f);
+TEST_F(MarketWords, ReadTheStockItsQuoteAndItsIndex) {
+    const struct {
+        int stock;
+        const char* text;
+        int bar;
+        float value;
+        EvalCode code = NY_EVAL_OK;
+    } rows[] = {
+        // The same day of the market's index; the index has no bar on the second day.
+        {600001, "INDEXC", 0, 3000},
+        {600001, "INDEXC", 1, 0},
+        {600001, "INDEXC", 2, 3100},
+        {600001, "INDEXH", 2, 3110},
+        {600001, "INDEXV", 0, 5000},
+        {600001, "INDEXADV", 2, 700},
+        {600001, "INDEXDEC", 0, 34},
+        // A Shenzhen stock reads the Shenzhen index.
+        {1000002, "INDEXC", 1, 9000},
+        {1000002, "INDEXC", 0, 0},
+        // Stock words hold one value on every bar; the outer volume of 4500 shares in hands.
+        {600001, "BUYVOL", 2, 45},
+        {600001, "SELLVOL", 0, 30},
+        {600001, "CAPITAL", 1, 500000},
+        {600001, "ISINDEX", 1, 0},
+        {600001, "SETCODE", 1, 0},
+        {1000002, "SETCODE", 1, 1},
+        // A stock missing from the list, and a stock that is no index.
+        {600999, "BUYVOL", 0, 0, NY_EVAL_NO_DATA},
+        {600999, "SELLVOL", 0, 0, NY_EVAL_NO_DATA},
+        {600999, "CAPITAL", 1, 0},
+        {600999, "ISINDEX", 1, 0},
+        {600999, "ADVANCE", 0, 0, NY_EVAL_NO_DATA},
+        {600001, "DECLINE", 0, 0, NY_EVAL_NO_DATA},
+        // An index reads advances and declines from its own bars.
+        {1, "ISINDEX", 0, 1},
+        {1, "ADVANCE", 1, 5},
+        {1, "DECLINE", 1, 6},
+        {1, "ADVANCE", 0, 0},
+        // Bar positions count in the current range.
+        {600001, "CURRBARSCOUNT", 0, 3},
+        {600001, "CURRBARSCOUNT", 2, 1},
+        {600001, "TOTALBARSCOUNT", 0, 3},
+        {600001, "ISLASTBAR", 1, 0},
+        {600001, "ISLASTBAR", 2, 1},
+        {600001, "POS", 1, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::to_string(row.stock) + " " + row.text + " bar " + std::to_string(row.bar));
+        ind.m_lStockID = row.stock;
+        const nytest::Reading r = nytest::ReadValue(ind, row.text);
+        ASSERT_EQ(r.code, row.code);
+        if (row.code != NY_EVAL_OK) continue;
+        EXPECT_EQ(r.isSeries, 1);
+        EXPECT_EQ(r.values[row.bar], row.value);
+    }
 }
 
 TEST_F(MarketWords, LoadIndexDayMergesByDate) {
@@ -109,7 +105,7 @@ TEST_F(MarketWords, LoadIndexDayMergesByDate) {
     ASSERT_NE(ind.m_pIndexDay, nullptr);
     EXPECT_EQ(ind.m_pIndexDay[0].m_lTime, 20240102);
     EXPECT_EQ(ind.m_pIndexDay[1].m_lTime, 0);
-    EXPECT_FLOAT_EQ(ind.m_pIndexDay[2].m_fClose, 3100.0f);
+    EXPECT_EQ(ind.m_pIndexDay[2].m_fClose, 3100.0f);
 }
 
 }  // namespace
