@@ -11,6 +11,7 @@
 #include "cli/compile.h"
 #include "cli/formula_input.h"
 #include "cli/statement_view.h"
+#include "cli/progress.h"
 #include "cli/stocks.h"
 #include "cli/table.h"
 #include "host/bar_csv.h"
@@ -63,6 +64,7 @@ int LoadSeries(const CalcOptions& options, Series* series) {
     } else {
         series->period = PeriodNumber(options.period);
         series->minute = series->period >= NY_PERIOD_MIN1;
+        RefreshStock(series->period, series->stock->GetID());
         if (!ny::LoadStockBars(series->stock->GetID(), series->period, options.power, &series->bars) ||
             series->bars.empty())
             return Fail(kExitRefused, "no " + options.period + " bars for " + series->label);
@@ -183,6 +185,8 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
     if (!options.bars.empty() && (options.period != "day" || options.power))
         return Fail(kExitUsage, "calc: --period and --power apply to the bars of --stock, not to --bars");
     if (int status = OpenHome(global, !options.stock.empty()); status != kExitOk) return status;
+    if (!options.stock.empty())
+        if (int status = ConnectServer(global); status != kExitOk) return status;
     CIndicator formula;
     if (int status = PrepareFormula(options, &formula); status != kExitOk) return status;
     Series series;

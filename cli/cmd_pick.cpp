@@ -2,9 +2,7 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <memory>
@@ -12,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/progress.h"
 #include "cli/statement_view.h"
 #include "cli/stocks.h"
 #include "cli/table.h"
@@ -24,10 +23,6 @@ namespace {
 
 // The status text of a finished pick, as the picking dialog shows it.
 const char* const kPickSummary = "选中数量: %d,总数: %d\r\n选中比例: %0.2f%%";
-
-std::atomic<bool> g_interrupted{false};
-
-extern "C" void OnInterrupt(int) { g_interrupted = true; }
 
 struct PickOptions {
     std::vector<std::string> conditions;
@@ -99,14 +94,6 @@ int BuildRequest(const PickOptions& options, ny::PickRequest* request) {
     return ParseScope(options, request);
 }
 
-void DrawProgress(int done, int total) {
-    const int width = 40;
-    const int filled = total > 0 ? done * width / total : 0;
-    std::fprintf(stderr, "\r[%s%s] %d/%d", std::string(filled, '#').c_str(), std::string(width - filled, ' ').c_str(),
-                 done, total);
-    std::fflush(stderr);
-}
-
 std::string ValueText(float value) {
     return std::isfinite(value) ? FormatNumber(value, DecimalsFor(std::fabs(value))) : std::string();
 }
@@ -153,16 +140,17 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
     if (int status = OpenHome(global, true); status != kExitOk) return status;
     ny::PickRequest request;
     if (int status = BuildRequest(options, &request); status != kExitOk) return status;
+    if (int status = ConnectServer(global); status != kExitOk) return status;
     const bool terminal = isatty(STDERR_FILENO) != 0;
-    g_interrupted = false;
-    struct sigaction action {}, previous {};
-    action.sa_handler = OnInterrupt;
-    sigaction(SIGINT, &action, &previous);
-    const ny::PickOutcome outcome = ny::RunPick(
-        request, [terminal](int done, int total) { if (terminal) DrawProgress(done, total); },
-        [] { return g_interrupted.load(); });
-    sigaction(SIGINT, &previous, nullptr);
-    if (terminal) std::fputs("\r\033[K", stderr);
+    ny::PickOutcome outcome;
+    {
+        InterruptWatch interrupt;
+        RefreshProgress refresh(terminal, InterruptWatch::Interrupted());
+        outcome = ny::RunPick(
+            request, [terminal](int done, int total) { if (terminal) DrawProgress("", done, total); },
+            [] { return InterruptWatch::Interrupted().load(); });
+    }
+    if (terminal) ClearProgress();
     if (!outcome.ok) return FailGbk(kExitRefused, outcome.message);
     for (const CString& message : TakeMessages()) FailGbk(kExitOk, message);
     if (outcome.stopped)

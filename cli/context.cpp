@@ -11,10 +11,13 @@
 
 #include "catalog/function_manager.h"
 #include "host/clock.h"
+#include "host/comm_data.h"
 #include "host/encoding.h"
 #include "host/global.h"
+#include "host/ini.h"
 #include "host/installation.h"
 #include "model/library.h"
+#include "net/asio_transport.h"
 
 namespace nyind {
 namespace {
@@ -62,7 +65,20 @@ int OpenHome(const GlobalOptions& options, bool needMarket) {
     return kExitOk;
 }
 
+int ConnectServer(const GlobalOptions& options) {
+    std::string address = options.server;
+    if (address.empty()) ny::ReadIniValue(g_MyExePath + "config_main.ini", "Server", "Address", &address);
+    if (address.empty() || address == "none") return kExitOk;
+    std::string host;
+    unsigned short port = 0;
+    if (!ny::ParseServerAddress(address, &host, &port))
+        return Fail(kExitUsage, "--server: \"" + address + "\" is not HOST:PORT (or none)");
+    g_MyChildView->m_ClientSocket.SetTransport(ny::MakeAsioTransport(host, port));
+    return kExitOk;
+}
+
 void CloseHome() {
+    g_MyChildView->m_ClientSocket.SetTransport(nullptr);
     g_MyRemoveIndicators();
     ny::CloseInstallation();
 }

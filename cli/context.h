@@ -20,6 +20,7 @@ struct GlobalOptions {
     std::string home;   // --home; empty: $NYIND_HOME, else the installation built with nyind
     std::string clock;  // --clock "YYYY-MM-DD HH:MM"
     bool now = false;   // --now: follow the system clock
+    std::string server; // --server HOST:PORT or "none"; empty: the installation's settings
 };
 
 // The installation directory that the options select.
@@ -29,6 +30,12 @@ std::string HomeDirectory(const GlobalOptions& options);
 // loads the formula library. Messages the library shows go to stderr. With needMarket a missing
 // stock list is refused. Returns an exit status; kExitOk when ready.
 int OpenHome(const GlobalOptions& options, bool needMarket);
+
+// Links the chart view's client socket to the quote server that the options or the
+// installation's settings ([Server] Address= in config_main.ini) name, so that picks and single
+// stocks are refreshed from it; "none", or no setting at all, leaves the socket offline and the
+// stored data as they are. Call after OpenHome. Returns an exit status.
+int ConnectServer(const GlobalOptions& options);
 
 // Drops the formula library and the installation that OpenHome loaded.
 void CloseHome();

@@ -16,6 +16,8 @@ int main(int argc, char** argv) {
     auto* clock = app.add_option("--clock", global.clock,
                                  "Fix the clock, e.g. \"2021-06-30 14:30\" (default: the installation's trading date, 15:00)");
     app.add_flag("--now", global.now, "Follow the system clock")->excludes(clock);
+    app.add_option("--server", global.server,
+                   "Quote server to refresh from, HOST:PORT, or none (default: [Server] Address in config_main.ini)");
 
     int status = kExitOk;
     AddCheckCommand(app, global, status);
@@ -24,6 +26,7 @@ int main(int argc, char** argv) {
     AddFuncsCommand(app, global, status);
     AddDataCommand(app, global, status);
     AddPickCommand(app, global, status);
+    AddQuotesCommand(app, global, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "host/clock.h"
+#include "host/comm_data.h"
 #include "host/global.h"
 #include "picker/refresh.h"
 
@@ -32,11 +33,16 @@ int MinuteOfDay(int time) { return time / 10000 * 60 + time / 100 % 100; }
 
 }  // namespace
 
-CCondStocks::CCondStocks() : m_hRTEvent(ny::OpenNamedEvent(MY_EVENT_CondStocks_ADDRTDATA, false)) {
+CCondStocks::CCondStocks()
+    : m_hRTEvent(ny::OpenNamedEvent(MY_EVENT_CondStocks_ADDRTDATA, false)),
+      m_nCommID(g_MyGetControlID()),
+      m_pChildView(g_MyChildView) {
+    AttachToView();
     InitStatus();
 }
 
 CCondStocks::~CCondStocks() {
+    DetachFromView();
     Stop();
     if (m_hThread.joinable()) m_hThread.join();
 }
@@ -89,19 +95,28 @@ BOOL CCondStocks::Play(std::vector<CIndicator*>& indicators, char logic, std::ve
 // The day's 1-minute data can be fetched only while the market is closed: at noon, after the
 // close and on weekends. During trading hours a minute-based pick is refused, except before
 // 09:15 when there is nothing of the day to fetch yet.
+bool CCondStocks::MarketClosed(int date, int time) {
+    const int weekday = ny::WeekDay(date);
+    return (time >= 113001 && time < 130000) || time >= 150001 || weekday == 1 || weekday == 7;
+}
+
+bool CCondStocks::MinuteDataCurrent(int date, int time) {
+    return m_lLastUpdateMinuteDate >= date && (m_lLastUpdateMinuteTime >= 130000 || time <= 150000);
+}
+
+bool CCondStocks::QuotesFresh(int date, int time) {
+    return m_lLastUpdateDate >= date && MinuteOfDay(m_lLastUpdateTime) + 10 > MinuteOfDay(time);
+}
+
 BOOL CCondStocks::PrepareMinuteData(int time) {
     const int date = CClockModule::m_SystemDate;
-    const int weekday = ny::WeekDay(date);
-    const bool closed = (time >= 113001 && time < 130000) || time >= 150001 || weekday == 1 || weekday == 7;
-    if (!closed) {
+    if (!MarketClosed(date, time)) {
         if (time < 91500) return TRUE;
         g_MyMessageBox(MSG_MINUTE_PICK_IN_TRADING_HOURS);
         return FALSE;
     }
-    const bool current =
-        m_lLastUpdateMinuteDate >= date && (m_lLastUpdateMinuteTime >= 130000 || time <= 150000);
-    if (!current) {
-        ny::RunRefreshDialog(ny::RefreshMode::Minute, m_arStocks);
+    if (!MinuteDataCurrent(date, time)) {
+        RunRequestDialog(ny::RefreshMode::Minute, m_arStocks);
         m_lLastUpdateMinuteDate = date;
         m_lLastUpdateMinuteTime = time;
     }
@@ -112,10 +127,9 @@ BOOL CCondStocks::PrepareMinuteData(int time) {
 // refresh dialog or by a request whose answer the worker waits for.
 void CCondStocks::PrepareQuotes(int time, int ask) {
     const int date = CClockModule::m_SystemDate;
-    const bool current = m_lLastUpdateDate >= date && MinuteOfDay(m_lLastUpdateTime) + 10 > MinuteOfDay(time);
-    if (current) return;
+    if (QuotesFresh(date, time)) return;
     if (ask == 1) {
-        ny::RunRefreshDialog(ny::RefreshMode::Quotes, m_arStocks);
+        RunRequestDialog(ny::RefreshMode::Quotes, m_arStocks);
     } else {
         m_hRTEvent->Reset();
         AddRTData();

@@ -20,6 +20,13 @@
 #include "picker/bar_loader.h"
 #include "platform/sync.h"
 
+class CChildView;
+class CCommData;
+class CCondStocksRequestDataDlg;
+namespace ny {
+enum class RefreshMode;
+}
+
 // Progress and result of a pick.
 struct CondStocksSTATUS {
     short m_nTotal = 0;           // stocks to examine
@@ -64,8 +71,19 @@ public:
     BOOL BeforeExplore(int stockId, int beginDate, int endDate, short period, int power);
     BOOL ExploreTSIndicator(CIndicator* indicator);
 
-    // Sends the quote request of a day-based pick (see refresh.cpp).
+    // The data refresh from the server (refresh.cpp), on the user-interface thread.
+    // Sends the quote request of a day-based pick; returns at once.
     void AddRTData();
+    // Takes the quote request back.
+    void RemoveData();
+    // The host's entry for arrivals: the quote reply, and the open refresh dialog's replies.
+    void ProcData(void* unused);
+    // Parses a quote reply; the last page signals m_hRTEvent.
+    void Data_RT();
+    // Brings one stock's data of a period up to date for the host, by the clock rules of Play.
+    void AddTodayData(short period, int stockId);
+    // The host's entry for a failed exchange: the open dialog's, or the quote request's.
+    void ProcFailure(int id, const CString& message);
 
     // Latest refresh of the whole process: quotes for day-based picks, 1-minute data for
     // minute-based ones. Dates YYYYMMDD, times HHMMSS.
@@ -95,7 +113,26 @@ public:
     std::shared_ptr<ny::ManualResetEvent> m_hRTEvent;  // signalled when the quotes have arrived
     ny::CriticalSection m_csStatus;                    // guards m_Status
 
+    // The exchange with the server. The engine puts itself into the chart view's picker slot for
+    // its life; an engine made while another holds the slot gives it back when it ends, so
+    // engines must end in the reverse order of their making.
+    int m_nCommID;                                      // the quote request's id
+    CChildView* m_pChildView;                           // g_MyChildView
+    CCondStocksRequestDataDlg* m_pRequestDlg = nullptr; // the refresh dialog while it runs
+
 private:
+    // The clock rules of the 1-minute refresh: the market is closed (at noon, after the close, on
+    // weekends), and the day's 1-minute data were fetched late enough to be current.
+    static bool MarketClosed(int date, int time);
+    static bool MinuteDataCurrent(int date, int time);
+    // The quotes were fetched today less than ten minutes ago.
+    static bool QuotesFresh(int date, int time);
+    void RunRequestDialog(ny::RefreshMode mode, const std::vector<int>& stocks);
+    void AttachToView();
+    void DetachFromView();
+    CCommData* QuoteData();
+
+    CCondStocks* m_pPreviousInSlot = nullptr;
     BOOL PrepareMinuteData(int time);
     void PrepareQuotes(int time, int ask);
     void StartWorker();

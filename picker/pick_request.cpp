@@ -7,6 +7,7 @@
 #include <set>
 #include <thread>
 
+#include "host/comm_data.h"
 #include "host/group.h"
 #include "host/stockdb.h"
 #include "model/library.h"
@@ -26,7 +27,7 @@ const char* const PICK_RESULT_BLOCK = "智能选股";
 
 namespace {
 
-constexpr auto kPollStep = std::chrono::milliseconds(5);
+constexpr int kPollMs = 5;
 constexpr auto kProgressStep = std::chrono::milliseconds(100);
 
 // The ids of a scope, ascending, each once.
@@ -157,7 +158,8 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
                 continue;
             }
         }
-        std::this_thread::sleep_for(kPollStep);
+        // The wait pumps the server link: the quotes the worker waits for arrive on this thread.
+        g_MyChildView->m_ClientSocket.Pump(kPollMs);
     }
     if (progress) progress(status.m_nDone, status.m_nTotal);
     // The stocks counted by the status are the first m_nDone of the list, whatever the workers.
