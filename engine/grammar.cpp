@@ -90,6 +90,9 @@ struct ny::GrammarLevel {
     char (*scanOperator)(const char* p, Op* op, int* length);
     char operandAfterOperand;
     bool signsAtStart;
+    // Whether `out` is a zero-filled buffer on entry, which holds for every level below the
+    // logical one: they are reached only through an operand buffer of the level above.
+    bool outStartsZero;
     char (CIndicator::*next)(float* out, short* from, short* to, char* flag, CExpression* expr);
 };
 
@@ -133,13 +136,31 @@ char ScanMultiplication(const char* p, Op* op, int* length) {
 bool EndsLogical(const char* p) { return AtStatementEnd(*p); }
 
 const ny::GrammarLevel kLogicalLevel = {EndsLogical, ScanLogical, NY_EVAL_MISPLACED_OPERATOR, false,
-                                        &CIndicator::ReadExp1};
+                                        false, &CIndicator::ReadExp1};
 const ny::GrammarLevel kComparisonLevel = {EndsComparison, ScanComparison, NY_EVAL_MISPLACED_OPERATOR,
-                                           false, &CIndicator::ReadExp2};
+                                           false, true, &CIndicator::ReadExp2};
 const ny::GrammarLevel kAdditionLevel = {EndsAddition, ScanAddition, NY_EVAL_MISSING_SUM_OPERATOR, true,
-                                         &CIndicator::ReadItem};
+                                         true, &CIndicator::ReadItem};
 const ny::GrammarLevel kMultiplicationLevel = {EndsMultiplication, ScanMultiplication,
-                                               NY_EVAL_MISSING_TERM_OPERATOR, false, &CIndicator::ReadFactor};
+                                               NY_EVAL_MISSING_TERM_OPERATOR, false, true,
+                                               &CIndicator::ReadFactor};
+
+// What combining a first operand into a zero-filled `out` leaves there: the operand's bars
+// from..to for a series, its element 0 for a constant, zeros everywhere else.
+void KeepCombinedPart(float* out, char isSeries, short from, short to, short count) {
+    if (count <= 0) return;
+    if (!isSeries) {
+        std::memset(out + 1, 0, sizeof(float) * (count - 1));
+        return;
+    }
+    const ny::BarSpan span(from, to, count);
+    if (span.first > span.last) {
+        std::memset(out, 0, sizeof(float) * count);
+        return;
+    }
+    std::memset(out, 0, sizeof(float) * span.first);
+    std::memset(out + span.last + 1, 0, sizeof(float) * (count - 1 - span.last));
+}
 
 }  // namespace
 
@@ -171,6 +192,16 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
             continue;
         }
         if (slot == Slot::AfterOperand) return level.operandAfterOperand;
+        if (slot == Slot::Start && level.outStartsZero) {
+            // The first operand of a zero-filled `out` is read straight into it, which saves a
+            // buffer and a copy per level; what the copy would have dropped is zeroed after.
+            char operandFlag = permission;
+            if (const char rc = (this->*level.next)(out, from, to, &operandFlag, expr)) return rc;
+            KeepCombinedPart(out, operandFlag, *from, *to, m_nBarCount);
+            *isSeries = operandFlag;
+            slot = Slot::AfterOperand;
+            continue;
+        }
         ny::PooledBuffer operand(m_pool, m_nBarCount);
         char operandFlag = permission;
         if (const char rc = (this->*level.next)(operand.floats(), from, to, &operandFlag, expr))

@@ -28,6 +28,14 @@ CExpression::~CExpression() {
 }
 
 void CExpression::AllocMem(short bars) {
+    std::memset(m_lDrawArgs, 0, sizeof(m_lDrawArgs));
+    if (bars > 0 && bars == m_nAllocBars && m_pData != nullptr && m_pDrawData != nullptr) {
+        // The same size again, as for every stock of a pick: the buffers are kept and zeroed,
+        // which is what fresh ones would hold, without touching new memory.
+        std::memset(m_pData, 0, sizeof(float) * bars);
+        std::memset(m_pDrawData, 0, sizeof(float) * bars * 4);
+        return;
+    }
     const short oldBars = m_nAllocBars;
     float* oldData = m_pData;
     float* oldDraw = m_pDrawData;
@@ -44,7 +52,6 @@ void CExpression::AllocMem(short bars) {
     }
     delete[] oldData;
     delete[] oldDraw;
-    std::memset(m_lDrawArgs, 0, sizeof(m_lDrawArgs));
 }
 
 void CExpression::Change() {
