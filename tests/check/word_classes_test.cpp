@@ -107,45 +107,36 @@ TEST(LexicalModule, OpensFromTheBuildTreeAndCloses) {
     EXPECT_EQ(editor.m_pfnLexical, nullptr);
 }
 
-SYNTestResult Coded(int code, const CString& word = CString()) {
-    SYNTestResult result;
-    result.nResult = code;
-    result.strError = word;
-    return result;
-}
-
-TEST(TestString, MessagesOfTheResultCodes) {
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(0), "MA"), "通过测试");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-1), ""),
-               "当前公式: 请写公式名字.\r\n错误句: \r\n详细信息: 公式没有名字\r\n错误起始位置: 0 长度: 0\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-2), "MA"),
-               "当前公式: MA\r\n错误句: \r\n详细信息: 新建的公式，名称与已有的公式名称重名,请修改.\r\n"
-               "错误起始位置: 0 长度: 0\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-3), "MA"), "当前公式: MA\r\n无编译内容\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-4, "FOO"), "均线"), "当前公式: 均线\r\nFOO函数名错误\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-5, "MA"), "X"), "当前公式: X\r\nMA函数参数错误\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-6, "MA"), "X"), "当前公式: X\r\n函数式子不完整\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-7, "A:B:C"), "X"), "当前公式: X\r\nA:B:C表达式语法不正确\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-8, "A:=1:=2"), "X"), "当前公式: X\r\nA:=1:=2表达式语法不正确\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-9, "Y"), "X"), "当前公式: X\r\nY未知字符串\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-10, "MACD"), "X"), "当前公式: X\r\n未知错误\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-11, "C+"), "X"), "当前公式: X\r\nC+表达式错误\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-12, "!C"), "X"),
-               "当前公式: X\r\n!C不应该包含如!@#$等字符串\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-13, "Y"), "X"),
-               "当前公式: X\r\n在Y前又错误的定义一次变量，或者该变量未定义，请检查!!, \r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-14, ":C"), "X"),
-               "当前公式: X\r\n在:C前定义了错误的变量类型或未定义或者特殊符号，请检查!!, \r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-21), "X"), "当前公式: X\r\n参数最小值应小于最大值!\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-22), "X"), "当前公式: X\r\n缺省值超出范围!\r\n");
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(7), "X"), "当前公式: X\r\n未知错误\r\n");
-    // The word is taken as it stands, a "%s" in it included.
-    EXPECT_GBK(CFormulaDialog::GetTestString(Coded(-9, "%s%d"), "X"), "当前公式: X\r\n%s%d未知字符串\r\n");
+// The forms of the report; the messages themselves are the dialog's table.
+TEST(TestString, FormsOfTheReport) {
+    const struct {
+        int code;
+        const char* word;
+        const char* formula;
+        const char* report;
+    } rows[] = {
+        {NY_TEST_OK, "", "MA", "通过测试"},
+        // A formula without a name: the long form, with a request in place of the name.
+        {NY_TEST_NO_NAME, "", "",
+         "当前公式: 请写公式名字.\r\n错误句: \r\n详细信息: 公式没有名字\r\n错误起始位置: 0 长度: 0\r\n"},
+        {NY_TEST_EMPTY, "", "MA", "当前公式: MA\r\n无编译内容\r\n"},
+        {NY_TEST_BAD_FUNCTION, "FOO", "均线", "当前公式: 均线\r\nFOO函数名错误\r\n"},
+        {NY_TEST_TOO_MANY_ARGS, "MACD", "X", "当前公式: X\r\n未知错误\r\n"},
+        {7, "", "X", "当前公式: X\r\n未知错误\r\n"},  // a number that is no code
+        // The word is taken as it stands, a "%s" in it included.
+        {NY_TEST_UNKNOWN_WORD, "%s%d", "X", "当前公式: X\r\n%s%d未知字符串\r\n"},
+    };
+    for (const auto& row : rows) {
+        SYNTestResult result;
+        result.nResult = row.code;
+        result.strError = row.word;
+        EXPECT_GBK(CFormulaDialog::GetTestString(result, row.formula), row.report);
+    }
 }
 
 TEST(TestString, TextsAreGbkBytes) {
     // "通过测试" in GBK.
-    EXPECT_EQ(CFormulaDialog::GetTestString(Coded(0), ""), "\xCD\xA8\xB9\xFD\xB2\xE2\xCA\xD4");
+    EXPECT_EQ(CFormulaDialog::GetTestString(SYNTestResult(), ""), "\xCD\xA8\xB9\xFD\xB2\xE2\xCA\xD4");
 }
 
 }  // namespace
