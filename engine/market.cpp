@@ -90,16 +90,23 @@ struct VolumeUnits {
 
 float BarValue(const CHisDay& bar, MarketWord kind, const VolumeUnits& units) {
     switch (kind) {
-        case MarketWord::High: return bar.m_fHigh;
-        case MarketWord::Open: return bar.m_fOpen;
-        case MarketWord::Low: return bar.m_fLow;
-        case MarketWord::Close: return bar.m_fClose;
-        case MarketWord::Amount: return bar.m_fAmount;
         case MarketWord::Volume:
             return VolumeInHands(bar.m_fVolume, units.handUnit, units.bond);
         case MarketWord::Advance: return std::max(RisingCount(bar.m_lAdvDec), 0.0f);
         case MarketWord::Decline: return std::max(FallingCount(bar.m_lAdvDec), 0.0f);
         default: return 0.0f;
+    }
+}
+
+// The field of the bar that a price word reads as it stands; null for every other word.
+float CHisDay::*PriceField(MarketWord kind) {
+    switch (kind) {
+        case MarketWord::High: return &CHisDay::m_fHigh;
+        case MarketWord::Open: return &CHisDay::m_fOpen;
+        case MarketWord::Low: return &CHisDay::m_fLow;
+        case MarketWord::Close: return &CHisDay::m_fClose;
+        case MarketWord::Amount: return &CHisDay::m_fAmount;
+        default: return nullptr;
     }
 }
 
@@ -155,6 +162,10 @@ char CIndicator::ReadMarketWord(char* word, float* out, short* from, short* to, 
             const CHisDay* day = index.GetDay(m_pHisDay[i].m_lTime);
             out[i] = day ? IndexValue(*day, kind) : 0.0f;
         }
+        return 0;
+    }
+    if (float CHisDay::*field = PriceField(kind)) {
+        for (int i = span.first; i <= span.last; ++i) out[i] = m_pHisDay[i].*field;
         return 0;
     }
     const VolumeUnits units = {kind == MarketWord::Volume && CStock::IsHandUnit(m_lStockID) != 0,
