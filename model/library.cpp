@@ -173,19 +173,23 @@ void g_MySaveIndicator() {
     });
 }
 
+namespace ny {
+
+const std::vector<FormulaLabel> kKindLabels = {{"技术指标", 0}, {"条件选股", 1}, {"交易系统", 2}, {"五彩K线", 3}};
+const std::vector<FormulaLabel> kIndicatorGroups = {
+    {"大盘指标", 0}, {"趋向指标", 1}, {"反趋向指标", 2}, {"能量指标", 3},
+    {"量价指标", 4}, {"压力支撑", 5}, {"特色指标", 6}, {"自定指标", 7},
+};
+const std::vector<FormulaLabel> kConditionGroups = {
+    {"指标选股", 20}, {"财务选股", 21}, {"行情选股", 22}, {"K 线选股", 23}, {"综合选股", 24}, {"自定选股", 25},
+};
+
+}  // namespace ny
+
 short g_MyGetIndicatorType(const CString& label) {
-    static const struct {
-        const char* label;
-        short value;
-    } labels[] = {
-        {"技术指标", 0}, {"条件选股", 1}, {"交易系统", 2}, {"五彩K线", 3},
-        {"大盘指标", 0}, {"趋向指标", 1}, {"反趋向指标", 2}, {"能量指标", 3},
-        {"量价指标", 4}, {"压力支撑", 5}, {"特色指标", 6}, {"自定指标", 7},
-        {"指标选股", 20}, {"财务选股", 21}, {"行情选股", 22}, {"K 线选股", 23},
-        {"综合选股", 24}, {"自定选股", 25},
-    };
-    for (const auto& entry : labels)
-        if (label == entry.label) return entry.value;
+    for (const auto* table : {&ny::kKindLabels, &ny::kIndicatorGroups, &ny::kConditionGroups})
+        for (const ny::FormulaLabel& entry : *table)
+            if (label == entry.label) return entry.value;
     return -1;
 }
 

@@ -34,6 +34,17 @@ void g_MyMakeIndicatorPY(CIndicator* p);
 
 namespace ny {
 
+// A label of the formula tree and its number.
+struct FormulaLabel {
+    const char* label;
+    short value;
+};
+// The kinds ("技术指标" 0 to "五彩K线" 3), the groups of indicators ("大盘指标" 0 to "自定指标" 7)
+// and of conditions ("指标选股" 20 to "自定选股" 25), each in its order.
+extern const std::vector<FormulaLabel> kKindLabels;
+extern const std::vector<FormulaLabel> kIndicatorGroups;
+extern const std::vector<FormulaLabel> kConditionGroups;
+
 // Messages of the formula files.
 extern const char* const MSG_INIT_BAD_FILE;    // a file of the start sequence has a bad magic
 extern const char* const MSG_IMPORT_BAD_FILE;  // an import file has a bad magic or count
