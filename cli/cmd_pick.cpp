@@ -14,8 +14,10 @@
 #include "cli/statement_view.h"
 #include "cli/stocks.h"
 #include "cli/table.h"
+#include "dialogs/stock_rules.h"
 #include "host/bar_csv.h"
 #include "host/stockdb.h"
+#include "model/library.h"
 #include "picker/pick_request.h"
 
 namespace nyind {
@@ -27,7 +29,7 @@ const char* const kPickSummary = "选中数量: %d,总数: %d\r\n选中比例: %
 struct PickOptions {
     std::vector<std::string> conditions;
     bool andMode = false, orMode = false;  // --and is the default; the flag only says so
-    std::string scope = "all", block, codes, period = "day", from, to;
+    std::string scope = "all", block, codes, period = "day", from, to, rules, saveRules;
     bool power = false, csv = false, json = false;
     int jobs = 0;  // 0: one worker per core
 };
@@ -76,13 +78,34 @@ int ParseScope(const PickOptions& options, ny::PickRequest* request) {
     return kExitOk;
 }
 
+// The conditions of a rule file, as the picking dialog loads them: names that no condition
+// formula of the library has any more are skipped.
+int ReadRules(const std::string& path, ny::PickRequest* request) {
+    ny::StockRule rule;
+    if (!ny::ReadStockRuleFile(path, &rule)) return Fail(kExitRefused, path + ": not a whole rule file");
+    for (const CString& name : rule.names)
+        if (g_MyGetIndicator(name, 1) != nullptr) request->conditions.push_back({name, {}});
+    request->andMode = rule.logic != 2;
+    return kExitOk;
+}
+
+int SaveRules(const std::string& path, const ny::PickRequest& request) {
+    ny::StockRule rule;
+    for (const ny::PickCondition& condition : request.conditions) rule.names.push_back(condition.name);
+    rule.logic = request.andMode ? 1 : 2;
+    if (ny::WriteStockRuleFile(path, rule)) return kExitOk;
+    return Fail(kExitRefused, path + ": the rule file can't be written");
+}
+
 int BuildRequest(const PickOptions& options, ny::PickRequest* request) {
+    if (!options.rules.empty())
+        if (int status = ReadRules(options.rules, request); status != kExitOk) return status;
     for (const std::string& text : options.conditions) {
         ny::PickCondition condition;
         if (int status = ParseCondition(text, &condition); status != kExitOk) return status;
         request->conditions.push_back(condition);
     }
-    request->andMode = !options.orMode;
+    if (options.rules.empty() || options.orMode) request->andMode = !options.orMode;
     request->period = PeriodNumber(options.period);
     request->adjustPower = options.power;
     request->workers = options.jobs;
@@ -98,11 +121,20 @@ std::string ValueText(float value) {
     return std::isfinite(value) ? FormatNumber(value, DecimalsFor(std::fabs(value))) : std::string();
 }
 
-void PrintOutcome(const ny::PickOutcome& outcome, const PickOptions& options) {
+// The label of each condition of the request: the --cond text, or the name of a rule file's condition.
+std::vector<std::string> ConditionLabels(const ny::PickRequest& request, const PickOptions& options) {
+    std::vector<std::string> labels;
+    const size_t fromRules = request.conditions.size() - options.conditions.size();
+    for (size_t i = 0; i < fromRules; ++i) labels.push_back(ToTerminal(request.conditions[i].name));
+    labels.insert(labels.end(), options.conditions.begin(), options.conditions.end());
+    return labels;
+}
+
+void PrintOutcome(const ny::PickOutcome& outcome, const PickOptions& options, const std::vector<std::string>& labels) {
     if (options.json) {
         nlohmann::ordered_json out = {{"examined", outcome.examined}, {"total", outcome.total},
                                       {"stopped", outcome.stopped}, {"picked", outcome.hits.size()}};
-        out["conditions"] = options.conditions;
+        out["conditions"] = labels;
         out["stocks"] = nlohmann::ordered_json::array();
         for (const ny::PickHit& hit : outcome.hits) {
             const CStock* stock = g_MyGetStock(hit.stockId);
@@ -116,7 +148,7 @@ void PrintOutcome(const ny::PickOutcome& outcome, const PickOptions& options) {
         return;
     }
     std::vector<std::string> header{"code", "name"};
-    for (const std::string& condition : options.conditions) header.push_back(condition.substr(0, condition.find(':')));
+    for (const std::string& condition : labels) header.push_back(condition.substr(0, condition.find(':')));
     TextTable table(header);
     table.AlignRightFrom(2);
     for (const ny::PickHit& hit : outcome.hits) {
@@ -140,6 +172,8 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
     if (int status = OpenHome(global, true); status != kExitOk) return status;
     ny::PickRequest request;
     if (int status = BuildRequest(options, &request); status != kExitOk) return status;
+    if (!options.saveRules.empty())
+        if (int status = SaveRules(options.saveRules, request); status != kExitOk) return status;
     if (int status = ConnectServer(global); status != kExitOk) return status;
     const bool terminal = isatty(STDERR_FILENO) != 0;
     ny::PickOutcome outcome;
@@ -156,7 +190,7 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
     if (outcome.stopped)
         Fail(kExitOk, "stopped after " + std::to_string(outcome.examined) + " of " + std::to_string(outcome.total) +
                           " stocks; the stocks found so far:");
-    PrintOutcome(outcome, options);
+    PrintOutcome(outcome, options, ConditionLabels(request, options));
     return kExitOk;
 }
 
@@ -167,7 +201,6 @@ void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     CLI::App* command = app.add_subcommand("pick", "Pick the stocks that meet condition formulas");
     command->add_option("--cond", options->conditions,
                         "A condition formula by name, with parameter values: NAME[:P1,P2,...] (repeatable)")
-        ->required()
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     auto* andFlag = command->add_flag("--and", options->andMode, "All conditions must hold (the default)");
@@ -178,6 +211,9 @@ void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     command->add_option("--codes", options->codes, "The stocks of a list: SH600001,SZ000002,...")
         ->excludes(scope)
         ->excludes(block);
+    command->add_option("--rules", options->rules,
+                        "Conditions and AND/OR of a stored rule file (FILE.ast); --cond adds further ones");
+    command->add_option("--save-rules", options->saveRules, "Store the conditions and AND/OR as a rule file (FILE.ast)");
     AddPeriodOption(*command, options->period);
     command->add_flag("--power", options->power, "Adjust the bars for ex-rights events");
     command->add_option("--jobs", options->jobs, "Worker threads (default: one per core)")
