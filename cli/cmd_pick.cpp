@@ -98,6 +98,7 @@ int SaveRules(const std::string& path, const ny::PickRequest& request) {
 }
 
 int BuildRequest(const PickOptions& options, ny::PickRequest* request) {
+    if (options.rules.empty() && options.conditions.empty()) return Fail(kExitUsage, "give --cond or --rules");
     if (!options.rules.empty())
         if (int status = ReadRules(options.rules, request); status != kExitOk) return status;
     for (const std::string& text : options.conditions) {
