@@ -7,6 +7,7 @@
 
 #include "cli/commands.h"
 #include "cli/compile.h"
+#include "cli/explain.h"
 #include "cli/formula_input.h"
 #include "cli/statement_view.h"
 #include "cli/table.h"
@@ -17,6 +18,7 @@ namespace {
 struct CheckOptions {
     FormulaInput input{"-", "", {}};
     bool json = false;
+    bool explain = false;
 };
 
 void PrintStatements(const CIndicator& formula) {
@@ -42,11 +44,13 @@ int RunCheck(const CheckOptions& options, const GlobalOptions& global) {
                               {"message", ToTerminal(message)}};
         out["statements"] = nlohmann::ordered_json::array();
         for (const CExpression* e : formula.m_arExpressions) out["statements"].push_back(StatementDefinition(*e));
+        if (options.explain) out["sentences"] = ExplanationJson(ExplainFormula(formula));
         std::cout << out.dump(2) << "\n";
     } else {
         const std::string text = ToTerminal(message);
         std::cout << text << (text.empty() || text.back() != '\n' ? "\n" : "");
         if (passed) PrintStatements(formula);
+        if (options.explain) std::cout << "\n" << ExplanationText(ExplainFormula(formula));
     }
     return passed ? kExitOk : kExitRefused;
 }
@@ -63,6 +67,7 @@ void AddCheckCommand(CLI::App& app, const GlobalOptions& global, int& status) {
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command->add_flag("--json", options->json, "Write the result as JSON");
+    command->add_flag("--explain", options->explain, "Also tell each statement in words, as nyind explain does");
     command->callback([options, &global, &status] { status = RunCheck(*options, global); });
 }
 

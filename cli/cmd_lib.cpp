@@ -12,6 +12,7 @@
 
 #include "cli/commands.h"
 #include "cli/compile.h"
+#include "cli/explain.h"
 #include "cli/statement_view.h"
 #include "cli/table.h"
 #include "dialogs/formula_dialog.h"
@@ -34,13 +35,6 @@ constexpr const char* kKindNames[] = {"indicator", "condition", "trade", "candle
 bool IsSystem(const CIndicator& f) { return f.m_SysIndex != 0 || f.m_nBaseSet != 0; }
 
 CString Origin(const CIndicator& f) { return IsSystem(f) ? "系统" : "用户"; }
-
-int CheckPassword(const CIndicator& f, const std::string& password) {
-    if (f.m_strPassword.empty()) return kExitOk;
-    CString typed;
-    if (!ArgumentToGbk(password, &typed)) return kExitUsage;
-    return typed == f.m_strPassword ? kExitOk : FailGbk(kExitRefused, kWrongPassword);
-}
 
 // ---- list ----
 
@@ -133,10 +127,16 @@ int RunShow(const NamedOptions& options, const GlobalOptions& global) {
     CIndicator* f = nullptr;
     if (int status = FindLibraryFormula(options.name, options.kind, &f); status != kExitOk) return status;
     if (int status = CheckPassword(*f, options.password); status != kExitOk) return status;
-    if (options.json)
-        std::cout << FormulaJson(*f).dump(2) << "\n";
-    else
-        std::cout << ny::FormatFormulaSource(*f);
+    const std::vector<ExplainedStatement> explained = ExplainFormula(*f);
+    if (options.json) {
+        nlohmann::ordered_json out = FormulaJson(*f);
+        out["sentences"] = nlohmann::ordered_json::array();
+        for (const ExplainedStatement& s : explained) out["sentences"].push_back(ToTerminal(s.sentence));
+        std::cout << out.dump(2) << "\n";
+    } else {
+        std::cout << ny::FormatFormulaSource(*f) << "\n[sentences]\n";
+        for (const ExplainedStatement& s : explained) std::cout << ToTerminal(s.sentence) << "\n";
+    }
     return kExitOk;
 }
 
@@ -301,6 +301,13 @@ CLI::Option* AddKindOption(CLI::App& command, std::string& kind, const std::stri
         ->check([](const std::string& text) {
             return ParseKind(text) < 0 ? "must be indicator, condition, trade or candle" : std::string();
         });
+}
+
+int CheckPassword(const CIndicator& f, const std::string& password) {
+    if (f.m_strPassword.empty()) return kExitOk;
+    CString typed;
+    if (!ArgumentToGbk(password, &typed)) return kExitUsage;
+    return typed == f.m_strPassword ? kExitOk : FailGbk(kExitRefused, kWrongPassword);
 }
 
 int FindLibraryFormula(const std::string& name, const std::string& kind, CIndicator** formula) {

@@ -16,6 +16,7 @@ void AddFuncsCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddDataCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddQuotesCommand(CLI::App& app, const GlobalOptions& global, int& status);
+void AddExplainCommand(CLI::App& app, const GlobalOptions& global, int& status);
 
 // The bar periods by name: day week month quarter year 1min 5min 15min 30min 60min, numbered 1
 // to 10. PeriodNumber gives 0 for another name.
@@ -27,6 +28,8 @@ short ParseKind(const std::string& text);
 // The library's formula of a name (UTF-8) and, if kind is not empty, of that kind. Without a kind
 // the name must be unique across the kinds. Returns an exit status.
 int FindLibraryFormula(const std::string& name, const std::string& kind, CIndicator** formula);
+// kExitOk if the formula has no password or `password` (UTF-8) is it; else the refusal's status.
+int CheckPassword(const CIndicator& formula, const std::string& password);
 // Adds the --kind option with its check.
 CLI::Option* AddKindOption(CLI::App& command, std::string& kind, const std::string& what);
 

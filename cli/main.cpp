@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     AddDataCommand(app, global, status);
     AddPickCommand(app, global, status);
     AddQuotesCommand(app, global, status);
+    AddExplainCommand(app, global, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

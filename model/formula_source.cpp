@@ -89,7 +89,7 @@ private:
         if (trimmed.size() > 2 && trimmed.front() == '[' && trimmed.back() == ']') {
             if (!FinishBlock()) return false;
             m_block = trimmed.substr(1, trimmed.size() - 2);
-            if (m_block != "template" && m_block != "usage" && m_block != "source")
+            if (m_block != "template" && m_block != "usage" && m_block != "source" && m_block != "sentences")
                 return Fail(number, "unknown section [" + Utf8ToGbk(m_block) + "]");
             if (m_seenBlocks.find("[" + m_block + "]") != std::string::npos)
                 return Fail(number, "section [" + Utf8ToGbk(m_block) + "] given twice");
@@ -217,6 +217,7 @@ private:
         if (!ToGbk(joined, m_blockLine, &gbk)) return false;
         const std::string block = m_block;
         m_block.clear();
+        if (block == "sentences") return true;  // derived from the source, written for people only
         if (block == "template") return SetText(&m_f.m_strExtra, gbk, kExtraBytes, m_blockLine, "template");
         if (block == "usage") return SetText(&m_f.m_strUsage, gbk, kUsageBytes, m_blockLine, "usage");
         return SetText(&m_f.m_strSource, gbk, NY_SOURCE_FILE_BYTES, m_blockLine, "source");

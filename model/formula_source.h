@@ -15,6 +15,8 @@
 //   [template]                          (parameter template of a condition, "Param" marks)
 //   [usage]
 //   [source]
+//   [sentences]                         (what the source says in words, as `nyind lib show`
+//                                        writes it; derived, so ignored when read)
 //
 // Header lines come first; each "[section]" line starts a block of free text that runs to the
 // next section line or the end of the file. Blocks lose their leading and trailing blank lines
