@@ -7,6 +7,7 @@
 
 #include "engine/eval_code.h"
 #include "engine/eval_util.h"
+#include "engine/plan.h"
 #include "model/indicator.h"
 
 namespace {
@@ -39,8 +40,13 @@ int CIndicator::Calc(short from, short to) {
     ny::PooledBuffer result(m_pool, m_nBarCount);
     if (to > m_nBarCount - 1) to = static_cast<short>(m_nBarCount - 1);
     char line[kLineBytes];
-    for (CExpression* expr : m_arExpressions) {
+    if (!m_pPlan) m_pPlan = std::make_shared<ny::FormulaPlan>();
+    m_pPlan->Match(*this);
+    for (size_t i = 0; i < m_arExpressions.size(); ++i) {
+        CExpression* expr = m_arExpressions[i];
+        m_pPlan->Enter(i, line);
         EvaluateStatement(*expr, line, result.floats(), &from, &to);
+        m_pPlan->Leave();
         if (expr->m_cComputed == 1 && expr->m_nType > 0 && expr->m_nType < 25) {
             expr->m_nHasDraw = 1;
             expr->ResetPoints(m_nBarCount);

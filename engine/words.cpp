@@ -6,6 +6,7 @@
 #include "engine/chain.h"
 #include "engine/eval_code.h"
 #include "engine/eval_util.h"
+#include "engine/plan.h"
 #include "model/indicator.h"
 
 namespace {
@@ -40,41 +41,94 @@ char ReadNumberText(const char* word, float* out) {
 
 }  // namespace
 
+// Cuts the word at the cursor out of the text and finds what it names. A word that names
+// another formula is left for the reference reader, which looks at the library every time.
+void CIndicator::ResolveWord(ny::PlannedWord* planned) {
+    char word[512] = {};
+    size_t length = 0;
+    while (length < sizeof(word) - 1 && !EndsWord(m_pCursor + length)) {
+        word[length] = m_pCursor[length];
+        ++length;
+    }
+    planned->length = static_cast<short>(length);
+    planned->word.assign(word, length);
+    if (length == 0) {
+        planned->kind = ny::PlannedWord::Kind::Number;
+        planned->code = NY_EVAL_BAD_WORD;
+        return;
+    }
+    if (IsNumberText(word)) {
+        planned->kind = ny::PlannedWord::Kind::Number;
+        planned->code = ReadNumberText(word, &planned->value);
+        return;
+    }
+    if ((planned->group = ny::FindBuiltInWord(word)) != nullptr) {
+        planned->kind = ny::PlannedWord::Kind::BuiltIn;
+        return;
+    }
+    for (size_t i = 0; i < m_arParams.size(); ++i) {
+        if (m_arParams[i]->m_strName != word) continue;
+        planned->kind = ny::PlannedWord::Kind::Param;
+        planned->index = i;
+        return;
+    }
+    for (size_t i = 0; i < m_arExpressions.size(); ++i) {
+        if (m_arExpressions[i]->m_strName != word) continue;
+        planned->kind = ny::PlannedWord::Kind::Statement;
+        planned->index = i;
+        return;
+    }
+    planned->kind = ny::PlannedWord::Kind::Other;
+}
+
 char CIndicator::ReadNumber(float* out, short* from, short* to, char* flag, CExpression* expr) {
     const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
     *flag = 0;
-    char word[512] = {};
-    size_t length = 0;
-    while (length < sizeof(word) - 1 && !EndsWord(m_pCursor)) word[length++] = *m_pCursor++;
-    if (length == 0) return NY_EVAL_BAD_WORD;
-    if (IsNumberText(word)) return ReadNumberText(word, out);
+    // A word of a planned statement is resolved on its first reading only.
+    ny::PlannedWord unplanned;
+    ny::PlannedWord* planned = m_pPlan ? m_pPlan->WordAt(m_pCursor) : nullptr;
+    if (planned == nullptr) planned = &unplanned;
+    if (planned->kind == ny::PlannedWord::Kind::Unread) ResolveWord(planned);
+    m_pCursor += planned->length;
+    return ReadResolvedWord(*planned, out, from, to, flag, permission, expr);
+}
 
+char CIndicator::ReadResolvedWord(ny::PlannedWord& planned, float* out, short* from, short* to,
+                                  char* flag, char permission, CExpression* expr) {
+    using Kind = ny::PlannedWord::Kind;
+    if (planned.kind == Kind::Number) {
+        if (planned.code == 0) out[0] = planned.value;
+        return planned.code;
+    }
     if (*from < m_nCurFrom) *from = m_nCurFrom;
     if (*to >= m_nCurTo) *to = m_nCurTo - 1;
     if (*from > *to) return NY_EVAL_EMPTY_RANGE;
 
-    if (const ny::WordGroup* group = ny::FindBuiltInWord(word)) {
-        if (group->needsSeries && !permission) return NY_EVAL_SERIES_NOT_ALLOWED;
-        if (group->reader == nullptr && group->drawReader == nullptr) return NY_EVAL_UNKNOWN_WORD;
-        if (group->setsSeriesFlag) *flag = 1;
-        if (group->drawReader != nullptr)
-            return (this->*group->drawReader)(word, out, from, to, permission, flag, expr);
-        return (this->*group->reader)(word, out, from, to, permission, flag);
+    char* word = planned.word.data();
+    switch (planned.kind) {
+        case Kind::BuiltIn: {
+            const ny::WordGroup* group = planned.group;
+            if (group->needsSeries && !permission) return NY_EVAL_SERIES_NOT_ALLOWED;
+            if (group->reader == nullptr && group->drawReader == nullptr) return NY_EVAL_UNKNOWN_WORD;
+            if (group->setsSeriesFlag) *flag = 1;
+            if (group->drawReader != nullptr)
+                return (this->*group->drawReader)(word, out, from, to, permission, flag, expr);
+            return (this->*group->reader)(word, out, from, to, permission, flag);
+        }
+        case Kind::Param: {
+            const short value = m_arParams[planned.index]->GetParam(m_nPeriod);
+            out[0] = static_cast<float>(value < 0 ? 0 : value);
+            return 0;
+        }
+        case Kind::Statement: {
+            const CExpression* statement = m_arExpressions[planned.index];
+            if (!statement->m_cComputed) return NY_EVAL_UNKNOWN_WORD;
+            if (!permission && statement->m_cIsSeries) return NY_EVAL_SERIES_NOT_ALLOWED;
+            CopyStatement(*statement, out, from, to, flag);
+            return 0;
+        }
+        default: return ReadFormulaReference(word, out, from, to, flag);
     }
-    for (const CParam* param : m_arParams) {
-        if (param->m_strName != word) continue;
-        const short value = param->GetParam(m_nPeriod);
-        out[0] = static_cast<float>(value < 0 ? 0 : value);
-        return 0;
-    }
-    for (const CExpression* statement : m_arExpressions) {
-        if (statement->m_strName != word) continue;
-        if (!statement->m_cComputed) return NY_EVAL_UNKNOWN_WORD;
-        if (!permission && statement->m_cIsSeries) return NY_EVAL_SERIES_NOT_ALLOWED;
-        CopyStatement(*statement, out, from, to, flag);
-        return 0;
-    }
-    return ReadFormulaReference(word, out, from, to, flag);
 }
 
 // Reads the last result of a statement: its whole buffer, narrowed to its valid bars.

@@ -13,6 +13,8 @@
 
 #include <vector>
 
+#include <memory>
+
 #include "engine/series_pool.h"
 #include "model/binstream.h"
 #include "model/hisday.h"
@@ -20,6 +22,8 @@
 
 namespace ny {
 struct GrammarLevel;
+class FormulaPlan;
+struct PlannedWord;
 }
 
 // Longest texts the file records can hold (field width minus the terminating zero).
@@ -251,6 +255,9 @@ public:
     char ReadMarketWord(char* word, float* out, short* from, short* to, char permission,
                         char* isSeries);
 
+    // The words of the statements as first read, kept for the next runs of this object.
+    std::shared_ptr<ny::FormulaPlan> m_pPlan;
+
     // Buffers of the descent, reused across operands, statements and runs of this object.
     ny::SeriesPool m_pool;
 
@@ -263,6 +270,9 @@ private:
     char ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission);
     void CopyStatement(const CExpression& source, float* out, short* from, short* to,
                        char* isSeries) const;
+    void ResolveWord(ny::PlannedWord* planned);
+    char ReadResolvedWord(ny::PlannedWord& planned, float* out, short* from, short* to, char* flag,
+                          char permission, CExpression* expr);
     char ReadFormulaReference(const char* word, float* out, short* from, short* to, char* isSeries);
     void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);
 };
