@@ -9,7 +9,8 @@ bash tools/install-deps.sh
 jobs=$(nproc 2>/dev/null || echo 2)
 case "${1:-}" in
   "") dir=build; flags=(-DCMAKE_BUILD_TYPE=Release) ;;
-  --sanitize) dir=build-asan; flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DNY_SANITIZE=ON) ;;
+  --sanitize) dir=build-asan; flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DNY_SANITIZE=ON)
+              export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}" ;;
   --tsan) dir=build-tsan; flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DNY_TSAN=ON) ;;
   *) echo "usage: bash test.sh [--sanitize|--tsan]" >&2; exit 2 ;;
 esac
