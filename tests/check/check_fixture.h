@@ -11,7 +11,9 @@
 #include "check/lexical.h"
 #include "editor/color_edit_wnd.h"
 #include "host/encoding.h"
+#include "check/syntax_result.h"
 #include "model/library.h"
+#include "tests/engine/formula_fixture.h"
 
 namespace nytest {
 
@@ -51,6 +53,18 @@ protected:
 
     ColorEditWnd editor;
 };
+
+// Builds a formula from the statements a test passed, as the formula dialog does on OK, and
+// evaluates it over the bars.
+inline void RunTested(const SYNTestResult& result, const std::vector<CParam>& params,
+                      std::vector<CHisDay>& bars, CIndicator& formula) {
+    for (const CParam& param : params) formula.m_arParams.push_back(new CParam(param));
+    ny::AppendTestedStatements(result, formula);
+    formula.Change();
+    AttachBars(formula, bars);
+    formula.AllocMem(formula.m_nBarCount);
+    formula.Calc(0, formula.m_nBarCount);
+}
 
 inline CParam MakeParam(const std::string& name, short min, short max, short value) {
     CParam param;

@@ -17,18 +17,8 @@ protected:
         const SYNTestResult result = Test(text, params);
         EXPECT_EQ(result.nResult, NY_TEST_OK) << ny::GbkToUtf8(result.strError);
         formula = std::make_unique<CIndicator>();
-        for (const CParam& param : params) formula->m_arParams.push_back(new CParam(param));
-        ny::AppendTestedStatements(result, *formula);
-
         bars = std::move(newBars);
-        const auto count = static_cast<short>(bars.size());
-        formula->Change();
-        formula->m_pHisDay = bars.data();
-        formula->m_nBarCount = count;
-        formula->m_nDrawStart = 0;
-        formula->m_nDrawEnd = count;
-        formula->AllocMem(count);
-        formula->Calc(0, count);
+        nytest::RunTested(result, params, bars, *formula);
         return *formula;
     }
 

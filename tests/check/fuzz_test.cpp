@@ -107,16 +107,7 @@ protected:
             EXPECT_LE(item.strName.size(), static_cast<size_t>(NY_TEST_MAX_NAME));
         }
         CIndicator formula;
-        formula.m_arParams.push_back(new CParam(params[0]));
-        ny::AppendTestedStatements(result, formula);
-        const auto count = static_cast<short>(bars.size());
-        formula.Change();
-        formula.m_pHisDay = bars.data();
-        formula.m_nBarCount = count;
-        formula.m_nDrawStart = 0;
-        formula.m_nDrawEnd = count;
-        formula.AllocMem(count);
-        formula.Calc(0, count);
+        nytest::RunTested(result, params, bars, formula);
     }
 
     nytest::LibraryMacd macd;

@@ -107,33 +107,6 @@ TEST(LexicalModule, OpensFromTheBuildTreeAndCloses) {
     EXPECT_EQ(editor.m_pfnLexical, nullptr);
 }
 
-// The forms of the report; the messages themselves are the dialog's table.
-TEST(TestString, FormsOfTheReport) {
-    const struct {
-        int code;
-        const char* word;
-        const char* formula;
-        const char* report;
-    } rows[] = {
-        {NY_TEST_OK, "", "MA", "通过测试"},
-        // A formula without a name: the long form, with a request in place of the name.
-        {NY_TEST_NO_NAME, "", "",
-         "当前公式: 请写公式名字.\r\n错误句: \r\n详细信息: 公式没有名字\r\n错误起始位置: 0 长度: 0\r\n"},
-        {NY_TEST_EMPTY, "", "MA", "当前公式: MA\r\n无编译内容\r\n"},
-        {NY_TEST_BAD_FUNCTION, "FOO", "均线", "当前公式: 均线\r\nFOO函数名错误\r\n"},
-        {NY_TEST_TOO_MANY_ARGS, "MACD", "X", "当前公式: X\r\n未知错误\r\n"},
-        {7, "", "X", "当前公式: X\r\n未知错误\r\n"},  // a number that is no code
-        // The word is taken as it stands, a "%s" in it included.
-        {NY_TEST_UNKNOWN_WORD, "%s%d", "X", "当前公式: X\r\n%s%d未知字符串\r\n"},
-    };
-    for (const auto& row : rows) {
-        SYNTestResult result;
-        result.nResult = row.code;
-        result.strError = row.word;
-        EXPECT_GBK(CFormulaDialog::GetTestString(result, row.formula), row.report);
-    }
-}
-
 TEST(TestString, TextsAreGbkBytes) {
     // "通过测试" in GBK.
     EXPECT_EQ(CFormulaDialog::GetTestString(SYNTestResult(), ""), "\xCD\xA8\xB9\xFD\xB2\xE2\xCA\xD4");
