@@ -67,57 +67,48 @@ TEST_F(Adjustment, RecordsByMarket) {
     EXPECT_EQ(engine.m_arPower.size(), 1u);
 }
 
-TEST_F(Adjustment, DividendScalesEveryPriceBeforeTheEvent) {
-    CHisDay first = Bar(20210104, 10);
-    first.m_fOpen = 9.5f;
-    const auto bars = Adjusted({first, Bar(20210105, 10), Bar(20210106, 9.8f)}, {Event(20210106, 2)});
-    ASSERT_EQ(bars.size(), 3u);
-    EXPECT_FLOAT_EQ(bars[0].m_fOpen, 9.5f * 0.98f);
-    EXPECT_FLOAT_EQ(bars[0].m_fHigh, 11 * 0.98f);
-    EXPECT_FLOAT_EQ(bars[0].m_fLow, 9 * 0.98f);
-    EXPECT_FLOAT_EQ(bars[1].m_fClose, 9.8f);
-    EXPECT_FLOAT_EQ(bars[2].m_fClose, 9.8f);  // the newest bars stay as stored
-    EXPECT_FLOAT_EQ(bars[2].m_fHigh, 10.8f);
-    EXPECT_FLOAT_EQ(bars[2].m_fPreClose, 9.8f);  // the bar before, adjusted
-    EXPECT_FLOAT_EQ(bars[1].m_fPreClose, 9.8f);
-    EXPECT_FLOAT_EQ(bars[0].m_fPreClose, 9.5f);  // the first bar: its stored open
-    EXPECT_FLOAT_EQ(bars[0].m_fVolume, 100);     // volumes are never adjusted
+// Stored bars, records and the adjusted bars that must come of them.
+TEST_F(Adjustment, ScaledBars) {
+    const struct {
+        const char* name;
+        const char* stored;
+        std::vector<CPowerData> records;
+        std::vector<const char*> bars;
+    } rows[] = {
+        // The newest bars stay as stored; the close before is the bar before, adjusted, and the
+        // first bar refers to its stored open; volumes are never adjusted.
+        {"dividend scales every price before the event", "20210104:10 open=9.5 20210105:10 20210106:9.8",
+         {Event(20210106, 2)},
+         {"open=9.31 high=10.78 low=8.82 pre=9.5 volume=100", "close=9.8 pre=9.8", "close=9.8 high=10.8 pre=9.8"}},
+        // A bonus dated Saturday and a dividend dated Sunday fall into one gap: 0.98 x 0.5.
+        {"events between bars act at the next bar and multiply", "20210107:10 20210108:10 20210111:5",
+         {Event(20210109, 0, 10), Event(20210110, 2)},
+         {"close=4.9", "close=4.9", "close=5"}},
+        // After the last bar, on the first bar's day, and too small to matter: only the dividend of
+        // 01-05 acts, on the bar of 01-04.
+        {"events without effect", "20210104:10 20210105:10 20210106:10 20210107:10",
+         {Event(20210104, 2), Event(20210105, 2), Event(20210107, 0.0005f), Event(20210201, 5)},
+         {"close=9.8", "close=10", "", "close=10"}},
+        {"capital follows the record in force", "20210104:10 20210105:10 20210106:10",
+         {Event(20210105, 0, 0, 500), Event(20210106, 0, 0, 600)},
+         {"capital=0", "capital=500", "capital=600"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto bars = Adjusted(pickertest::Bars(row.stored), row.records);
+        ASSERT_EQ(bars.size(), row.bars.size());
+        for (size_t i = 0; i < bars.size(); ++i) pickertest::ExpectBar(bars[i], row.bars[i]);
+    }
 }
 
-TEST_F(Adjustment, EventsBetweenBarsActAtTheNextBarAndMultiply) {
-    // A bonus dated Saturday and a dividend dated Sunday fall into one gap: 0.98 x 0.5.
-    const auto bars = Adjusted({Bar(20210107, 10), Bar(20210108, 10), Bar(20210111, 5)},
-                               {Event(20210109, 0, 10), Event(20210110, 2)});
-    EXPECT_FLOAT_EQ(bars[0].m_fClose, 10 * (0.98f * 0.5f));
-    EXPECT_FLOAT_EQ(bars[1].m_fClose, 10 * (0.98f * 0.5f));
-    EXPECT_FLOAT_EQ(bars[2].m_fClose, 5);
-}
-
-TEST_F(Adjustment, EventsWithoutEffect) {
-    // After the last bar, on the first bar's day, and too small to matter.
-    const auto bars =
-        Adjusted({Bar(20210104, 10), Bar(20210105, 10), Bar(20210106, 10), Bar(20210107, 10)},
-                 {Event(20210104, 2), Event(20210105, 2), Event(20210107, 0.0005f), Event(20210201, 5)});
-    // Only the dividend of 01-05 acts, on the bar of 01-04; the tiny one of 01-07 is passed over.
-    EXPECT_FLOAT_EQ(bars[0].m_fClose, 9.8f);
-    EXPECT_FLOAT_EQ(bars[1].m_fClose, 10);
-    EXPECT_FLOAT_EQ(bars[3].m_fClose, 10);
-}
-
-TEST_F(Adjustment, CapitalFollowsTheRecordInForce) {
-    const std::vector<CHisDay> stored = {Bar(20210104, 10), Bar(20210105, 10), Bar(20210106, 10)};
-    const std::vector<CPowerData> records = {Event(20210105, 0, 0, 500), Event(20210106, 0, 0, 600)};
-    const auto adjusted = Adjusted(stored, records);
-    EXPECT_FLOAT_EQ(adjusted[0].m_fCapital, 0);  // before the oldest record
-    EXPECT_FLOAT_EQ(adjusted[1].m_fCapital, 500);
-    EXPECT_FLOAT_EQ(adjusted[2].m_fCapital, 600);
-    // As stored the capital starts from the record in force at the first bar and follows on.
+TEST_F(Adjustment, StoredCapitalStartsFromTheRecordInForce) {
+    market.Day("data/sh/day/600001.day", pickertest::Bars("20210104:10 20210105:10 20210106:10"));
     market.Power("data/sh/power/600001.pwr", {Event(20210101, 0, 0, 400), Event(20210106, 0, 0, 600)});
+    ASSERT_TRUE(market.Open());
     const auto plain = engine.Load(kShare, NY_PERIOD_DAY, 0);
-    EXPECT_FLOAT_EQ(plain[0].m_fCapital, 400);
-    EXPECT_FLOAT_EQ(plain[1].m_fCapital, 400);
-    EXPECT_FLOAT_EQ(plain[2].m_fCapital, 600);
-    EXPECT_FLOAT_EQ(plain[2].m_fPreClose, 10);
+    pickertest::ExpectBar(plain[0], "capital=400");
+    pickertest::ExpectBar(plain[1], "capital=400");
+    pickertest::ExpectBar(plain[2], "capital=600 pre=10");
 }
 
 TEST_F(Adjustment, OtherMarketsAreNeverAdjusted) {

@@ -15,6 +15,8 @@
 namespace {
 
 using pickertest::Bar;
+using pickertest::Bars;
+using pickertest::ExpectBar;
 
 constexpr int kShare = 600001;
 
@@ -68,47 +70,31 @@ TEST_F(BarData, SamePeriodByCalendar) {
 }
 
 TEST_F(BarData, WeekBarsMergeTheirDays) {
-    CHisDay sunday = Bar(20210103, 10, 50);
-    CHisDay friday = Bar(20210108, 12, 70);
-    friday.m_fHigh = 20;
-    const auto weeks = Day({sunday, Bar(20210104, 8, 60), friday, Bar(20210111, 13)}, NY_PERIOD_WEEK);
+    const auto weeks = Day(Bars("20210103:10:50 20210104:8:60 20210108:12:70 high=20 20210111:13"), NY_PERIOD_WEEK);
     ASSERT_EQ(weeks.size(), 2u);
-    EXPECT_EQ(weeks[0].m_lTime, 20210108);  // stamped with its latest day
-    EXPECT_FLOAT_EQ(weeks[0].m_fOpen, 10);
-    EXPECT_FLOAT_EQ(weeks[0].m_fHigh, 20);
-    EXPECT_FLOAT_EQ(weeks[0].m_fLow, 7);
-    EXPECT_FLOAT_EQ(weeks[0].m_fClose, 12);
-    EXPECT_FLOAT_EQ(weeks[0].m_fVolume, 180);
-    EXPECT_FLOAT_EQ(weeks[0].m_fPreClose, 10);  // the first bar refers to its own open
-    EXPECT_FLOAT_EQ(weeks[1].m_fPreClose, 12);
+    // Stamped with its latest day; the first bar refers to its own open.
+    ExpectBar(weeks[0], "time=20210108 open=10 high=20 low=7 close=12 volume=180 pre=10");
+    ExpectBar(weeks[1], "pre=12");
     // A bar stamped 0 is no date: it stands alone.
     EXPECT_EQ(Day({Bar(20210104, 8), Bar(0, 9), Bar(20210105, 10)}, NY_PERIOD_WEEK).size(), 3u);
 }
 
 TEST_F(BarData, ZeroPricesShowTheCloseBefore) {
-    CHisDay empty = Bar(20210105, 0);
-    empty.m_fHigh = empty.m_fLow = 0;
-    const auto days = Day({Bar(20210104, 8), empty}, NY_PERIOD_DAY);
-    EXPECT_FLOAT_EQ(days[1].m_fOpen, 8);
-    EXPECT_FLOAT_EQ(days[1].m_fHigh, 8);
-    EXPECT_FLOAT_EQ(days[1].m_fLow, 8);
-    EXPECT_FLOAT_EQ(days[1].m_fClose, 8);
+    const auto days = Day(Bars("20210104:8 20210105:0 high=0 low=0"), NY_PERIOD_DAY);
+    ExpectBar(days[1], "open=8 high=8 low=8 close=8");
 }
 
 TEST_F(BarData, TodaysQuoteOverwritesOrAppends) {
     const std::string header = "code,open,high,low,last,volume,amount\n";
     market.Write("data/quotes.csv", "date=20210105\n" + header + "SH600001,0,0,9.5,10.5,300,3000\n");
     auto days = Day({Bar(20210104, 8), Bar(20210105, 9)}, NY_PERIOD_DAY);
-    ASSERT_EQ(days.size(), 2u);               // today's stored bar is replaced
-    EXPECT_FLOAT_EQ(days[1].m_fOpen, 10.5f);  // an open of 0 takes the latest price, as does the high
-    EXPECT_FLOAT_EQ(days[1].m_fHigh, 10.5f);
-    EXPECT_FLOAT_EQ(days[1].m_fLow, 9.5f);
-    EXPECT_FLOAT_EQ(days[1].m_fVolume, 300);
+    // Today's stored bar is replaced; an open of 0 takes the latest price, as does the high.
+    ASSERT_EQ(days.size(), 2u);
+    ExpectBar(days[1], "open=10.5 high=10.5 low=9.5 volume=300");
     market.Write("data/quotes.csv", "date=20210106\n" + header + "SH600001,10,11,9,10.5,300,3000\n");
     days = Day({Bar(20210104, 8), Bar(20210105, 9)}, NY_PERIOD_DAY);
     ASSERT_EQ(days.size(), 3u);
-    EXPECT_EQ(days[2].m_lTime, 20210106);
-    EXPECT_FLOAT_EQ(days[2].m_fPreClose, 9);
+    ExpectBar(days[2], "time=20210106 pre=9");
     // The buffers hold 102 records since the first file: 101 stored bars and today's fill them,
     // and growing keeps the stored bars.
     ASSERT_EQ(engine.m_nBufSize, 102);
@@ -117,9 +103,9 @@ TEST_F(BarData, TodaysQuoteOverwritesOrAppends) {
     days = Day(many, NY_PERIOD_DAY);
     EXPECT_EQ(engine.m_nBufSize, 202);
     ASSERT_EQ(days.size(), 102u);
-    EXPECT_FLOAT_EQ(days[0].m_fClose, 0);
-    EXPECT_FLOAT_EQ(days[100].m_fClose, 100);
-    EXPECT_FLOAT_EQ(days[101].m_fClose, 10.5f);
+    ExpectBar(days[0], "close=0");
+    ExpectBar(days[100], "close=100");
+    ExpectBar(days[101], "close=10.5");
 }
 
 TEST_F(BarData, MissingAndTruncatedFiles) {
@@ -139,13 +125,9 @@ TEST_F(BarData, MinuteFileFoldsIntoFiveMinuteBars) {
     ASSERT_TRUE(market.Open());
     auto bars = engine.Load(kShare, NY_PERIOD_MIN5);
     ASSERT_EQ(bars.size(), 4u);
-    EXPECT_EQ(bars[2].m_lTime, 2101080935);
-    EXPECT_FLOAT_EQ(bars[2].m_fOpen, 10);  // the opening minute joins the first slot
-    EXPECT_FLOAT_EQ(bars[2].m_fClose, 15);
-    EXPECT_FLOAT_EQ(bars[2].m_fHigh, 16);
-    EXPECT_FLOAT_EQ(bars[2].m_fVolume, 600);
-    EXPECT_EQ(bars[3].m_lTime, 2101080940);
-    EXPECT_FLOAT_EQ(bars[3].m_fOpen, 16);
+    // The opening minute joins the first slot.
+    ExpectBar(bars[2], "time=2101080935 open=10 close=15 high=16 volume=600");
+    ExpectBar(bars[3], "time=2101080940 open=16");
     // One-minute bars come from the minute file alone.
     EXPECT_EQ(engine.Load(kShare, NY_PERIOD_MIN1).size(), 11u);
     // Without 5-minute bars the day's minutes are all there is.
@@ -155,35 +137,19 @@ TEST_F(BarData, MinuteFileFoldsIntoFiveMinuteBars) {
     market.Write("data/sh/min5/600001.mn5", ny::EncodeBars(Minutes({935, 940, 945, 950}, 2101090000)));
     bars = engine.Load(kShare, NY_PERIOD_MIN15);
     ASSERT_EQ(bars.size(), 2u);
-    EXPECT_EQ(bars[0].m_lTime, 2101090945);
-    EXPECT_FLOAT_EQ(bars[0].m_fClose, 12);
-    EXPECT_FLOAT_EQ(bars[0].m_fVolume, 300);
-    EXPECT_EQ(bars[1].m_lTime, 2101091000);  // stamped with its slot, not its latest bar
+    ExpectBar(bars[0], "time=2101090945 close=12 volume=300");
+    ExpectBar(bars[1], "time=2101091000");  // stamped with its slot, not its latest bar
 }
 
 TEST_F(BarData, RunsUpAndDown) {
-    CHisDay first = Bar(20210104, 10), second = Bar(20210105, 11), third = Bar(20210106, 12);
-    first.m_fOpen = 9.5f;
-    second.m_fOpen = 9;
-    third.m_fOpen = 11.5f;
-    auto runs = Day({first, second, third}, NY_PERIOD_DAY, 1);
+    auto runs = Day(Bars("20210104:10 open=9.5 20210105:11 open=9 20210106:12 open=11.5"), NY_PERIOD_DAY, 1);
     ASSERT_EQ(runs.size(), 1u);
-    EXPECT_EQ(runs[0].m_lTime, 20210106);
-    EXPECT_FLOAT_EQ(runs[0].m_fOpen, 9);  // the lowest open of a run up
-    EXPECT_FLOAT_EQ(runs[0].m_fClose, 12);
-    EXPECT_FLOAT_EQ(runs[0].m_fHigh, 13);
-    EXPECT_FLOAT_EQ(runs[0].m_fVolume, 300);
+    ExpectBar(runs[0], "time=20210106 open=9 close=12 high=13 volume=300");  // the lowest open of a run up
     // Up: a flat close joins. Down (fixed by the first bar): a flat close opens a new run.
-    EXPECT_EQ(Day({Bar(20210104, 10), Bar(20210105, 10)}, NY_PERIOD_DAY, 1).size(), 1u);
-    CHisDay falling = Bar(20210104, 10);
-    falling.m_fOpen = 11;
-    CHisDay lower = Bar(20210106, 9);
-    lower.m_fOpen = 12;
-    runs = Day({falling, Bar(20210105, 10), lower}, NY_PERIOD_DAY, 1);
+    EXPECT_EQ(Day(Bars("20210104:10 20210105:10"), NY_PERIOD_DAY, 1).size(), 1u);
+    runs = Day(Bars("20210104:10 open=11 20210105:10 20210106:9 open=12"), NY_PERIOD_DAY, 1);
     ASSERT_EQ(runs.size(), 2u);
-    EXPECT_FLOAT_EQ(runs[1].m_fOpen, 12);  // the highest open of a run down
-    EXPECT_FLOAT_EQ(runs[1].m_fClose, 9);
-    EXPECT_FLOAT_EQ(runs[1].m_fPreClose, 0);
+    ExpectBar(runs[1], "open=12 close=9 pre=0");  // the highest open of a run down
 }
 
 // ---- The generated market ----
@@ -226,12 +192,11 @@ void ExpectSameBars(const std::vector<std::pair<int, CHisDay>>& expected, const 
     ASSERT_EQ(expected.size(), got.size()) << what;
     for (size_t i = 0; i < got.size(); ++i) {
         const CHisDay& want = expected[i].second;
+        const auto fields = [](const CHisDay& bar) {
+            return std::make_tuple(bar.m_fOpen, bar.m_fHigh, bar.m_fLow, bar.m_fClose, bar.m_fVolume);
+        };
         EXPECT_EQ(got[i].m_lTime, stampIsKey ? expected[i].first : want.m_lTime) << what << " bar " << i;
-        EXPECT_EQ(got[i].m_fOpen, want.m_fOpen) << what << " bar " << i;
-        EXPECT_EQ(got[i].m_fHigh, want.m_fHigh) << what << " bar " << i;
-        EXPECT_EQ(got[i].m_fLow, want.m_fLow) << what << " bar " << i;
-        EXPECT_EQ(got[i].m_fClose, want.m_fClose) << what << " bar " << i;
-        EXPECT_EQ(got[i].m_fVolume, want.m_fVolume) << what << " bar " << i;
+        EXPECT_EQ(fields(got[i]), fields(want)) << what << " bar " << i;
         if (i > 0) {
             EXPECT_EQ(got[i].m_fPreClose, expected[i - 1].second.m_fClose) << what << " bar " << i;
         }
@@ -240,22 +205,18 @@ void ExpectSameBars(const std::vector<std::pair<int, CHisDay>>& expected, const 
 
 TEST_F(SampleMarketBars, DayBasedPeriodsAgreeWithCalendarGroups) {
     // Weeks start on Monday: day numbers from a Monday, in sevens.
-    const auto week = [](int date) { return static_cast<int>((ny::DayNumber(date) + 3) / 7); };
-    const auto month = [](int date) { return date / 100; };
-    const auto quarter = [](int date) { return date / 10000 * 10 + (date / 100 % 100 - 1) / 3; };
-    const auto year = [](int date) { return date / 10000; };
+    const std::pair<short, int (*)(int)> periods[] = {
+        {NY_PERIOD_WEEK, [](int date) { return static_cast<int>((ny::DayNumber(date) + 3) / 7); }},
+        {NY_PERIOD_MONTH, [](int date) { return date / 100; }},
+        {NY_PERIOD_QUARTER, [](int date) { return date / 10000 * 10 + (date / 100 % 100 - 1) / 3; }},
+        {NY_PERIOD_YEAR, [](int date) { return date / 10000; }}};
     for (const CStock* stock : shares) {
         const std::vector<CHisDay> stored = ny::ReadBarFile(stock->GetDayFilePath());
         const std::string code = ny::FormatStockCode(stock->m_lStockID);
         EXPECT_EQ(engine.Load(stock->m_lStockID, NY_PERIOD_DAY).size(), stored.size()) << code;
-        ExpectSameBars(Aggregate(stored, week), engine.Load(stock->m_lStockID, NY_PERIOD_WEEK), false,
-                       code + " week");
-        ExpectSameBars(Aggregate(stored, month), engine.Load(stock->m_lStockID, NY_PERIOD_MONTH), false,
-                       code + " month");
-        ExpectSameBars(Aggregate(stored, quarter), engine.Load(stock->m_lStockID, NY_PERIOD_QUARTER), false,
-                       code + " quarter");
-        ExpectSameBars(Aggregate(stored, year), engine.Load(stock->m_lStockID, NY_PERIOD_YEAR), false,
-                       code + " year");
+        for (const auto& [period, key] : periods)
+            ExpectSameBars(Aggregate(stored, key), engine.Load(stock->m_lStockID, period), false,
+                           code + " period " + std::to_string(period));
     }
 }
 
@@ -270,18 +231,15 @@ TEST_F(SampleMarketBars, MinutePeriodsAgreeWithTradingSlots) {
             return time / 10000 * 10000 + end / 60 * 100 + end % 60;
         };
     };
+    const std::pair<short, int> periods[] = {
+        {NY_PERIOD_MIN5, 5}, {NY_PERIOD_MIN15, 15}, {NY_PERIOD_MIN30, 30}, {NY_PERIOD_MIN60, 60}};
     for (const CStock* stock : shares) {
         const std::vector<CHisDay> stored = ny::ReadBarFile(stock->GetMin5FilePath());
         const std::string code = ny::FormatStockCode(stock->m_lStockID);
         ASSERT_FALSE(stored.empty()) << code;
-        ExpectSameBars(Aggregate(stored, slot(5)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN5), true,
-                       code + " 5");
-        ExpectSameBars(Aggregate(stored, slot(15)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN15), true,
-                       code + " 15");
-        ExpectSameBars(Aggregate(stored, slot(30)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN30), true,
-                       code + " 30");
-        ExpectSameBars(Aggregate(stored, slot(60)), engine.Load(stock->m_lStockID, NY_PERIOD_MIN60), true,
-                       code + " 60");
+        for (const auto& [period, minutes] : periods)
+            ExpectSameBars(Aggregate(stored, slot(minutes)), engine.Load(stock->m_lStockID, period), true,
+                           code + " " + std::to_string(minutes));
         EXPECT_EQ(engine.Load(stock->m_lStockID, NY_PERIOD_MIN1).size(), 241u) << code;
     }
 }

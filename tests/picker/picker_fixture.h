@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,47 @@ inline CHisDay Bar(int time, float close, float volume = 100) {
     bar.m_fVolume = volume;
     bar.m_fAmount = volume * close;
     return bar;
+}
+
+// The fields of a bar by name, for bars written and checked as text.
+inline float CHisDay::*FieldNamed(const std::string& name) {
+    static const std::pair<const char*, float CHisDay::*> kFields[] = {
+        {"open", &CHisDay::m_fOpen},     {"high", &CHisDay::m_fHigh},   {"low", &CHisDay::m_fLow},
+        {"close", &CHisDay::m_fClose},   {"volume", &CHisDay::m_fVolume}, {"pre", &CHisDay::m_fPreClose},
+        {"capital", &CHisDay::m_fCapital}};
+    for (const auto& [known, field] : kFields)
+        if (name == known) return field;
+    ADD_FAILURE() << "no field " << name;
+    return &CHisDay::m_fClose;
+}
+
+// Bars written "TIME:CLOSE[:VOLUME]" as Bar() makes them, each followed by the fields it changes
+// ("20210104:10 open=9.5 20210105:11").
+inline std::vector<CHisDay> Bars(const std::string& text) {
+    std::vector<CHisDay> bars;
+    std::istringstream in(text);
+    for (std::string item; in >> item;) {
+        if (const size_t eq = item.find('='); eq != std::string::npos) {
+            bars.back().*FieldNamed(item.substr(0, eq)) = std::stof(item.substr(eq + 1));
+            continue;
+        }
+        const size_t colon = item.find(':'), second = item.find(':', colon + 1);
+        bars.push_back(Bar(std::stoi(item.substr(0, colon)), std::stof(item.substr(colon + 1)),
+                           second == std::string::npos ? 100 : std::stof(item.substr(second + 1))));
+    }
+    return bars;
+}
+
+// Checks the fields of a bar written "time=T close=V ...".
+inline void ExpectBar(const CHisDay& bar, const std::string& fields) {
+    std::istringstream in(fields);
+    for (std::string item; in >> item;) {
+        const size_t eq = item.find('=');
+        if (item.substr(0, eq) == "time")
+            EXPECT_EQ(bar.m_lTime, std::stoi(item.substr(eq + 1))) << item;
+        else
+            EXPECT_FLOAT_EQ(bar.*FieldNamed(item.substr(0, eq)), std::stof(item.substr(eq + 1))) << item;
+    }
 }
 
 inline CPowerData Event(int date, float profit, float give = 0, float capital = 0) {
