@@ -68,7 +68,7 @@ void CIndicator::EvaluateStatement(CExpression& expr, char* line, float* result,
     if (bars > 0) std::memset(expr.m_pData, 0, sizeof(float) * bars);
 
     char flag = 1;
-    if (CalExp(line, result, from, to, &flag, &expr) != 0) {
+    if (ReadLine(line, result, from, to, &flag, &expr, true) != 0) {
         expr.m_cComputed = 0;
         return;
     }
@@ -83,6 +83,11 @@ void CIndicator::EvaluateStatement(CExpression& expr, char* line, float* result,
 }
 
 char CIndicator::CalExp(char* line, float* out, short* from, short* to, char* flag, CExpression* expr) {
+    return ReadLine(line, out, from, to, flag, expr, false);
+}
+
+char CIndicator::ReadLine(char* line, float* out, short* from, short* to, char* flag,
+                          CExpression* expr, bool outIsZero) {
     const size_t length = std::strlen(line);
     if (length == 0 || length >= 512) return NY_EVAL_BAD_LENGTH;
     signed char open = 0;
@@ -99,5 +104,5 @@ char CIndicator::CalExp(char* line, float* out, short* from, short* to, char* fl
     }
     if (open != close) return NY_EVAL_PARENTHESES;
     m_pCursor = line;
-    return ReadExp(out, from, to, flag, expr);
+    return ReadExpInto(out, from, to, flag, expr, outIsZero);
 }

@@ -167,7 +167,7 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
                 return NY_EVAL_LONE_OPERATOR;
             }
             *p = ';';
-            const char rc = ReadExp(left.floats(), &leftFrom, &leftTo, &leftFlag, nullptr);
+            const char rc = ReadExpInto(left.floats(), &leftFrom, &leftTo, &leftFlag, nullptr, true);
             *p = c;
             if (rc != 0) return rc;
             int length;
@@ -183,8 +183,8 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
     const char stop = *p;
     *p = ';';
     const char rc = comparison != ny::Op::None
-                        ? ReadExp(right.floats(), &rightFrom, &rightTo, &rightFlag, nullptr)
-                        : ReadExp(left.floats(), &leftFrom, &leftTo, &leftFlag, nullptr);
+                        ? ReadExpInto(right.floats(), &rightFrom, &rightTo, &rightFlag, nullptr, true)
+                        : ReadExpInto(left.floats(), &leftFrom, &leftTo, &leftFlag, nullptr, true);
     *p = stop;
     if (rc != 0) return rc;
     m_pCursor = p;

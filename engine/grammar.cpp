@@ -90,9 +90,6 @@ struct ny::GrammarLevel {
     char (*scanOperator)(const char* p, Op* op, int* length);
     char operandAfterOperand;
     bool signsAtStart;
-    // Whether `out` is a zero-filled buffer on entry, which holds for every level below the
-    // logical one: they are reached only through an operand buffer of the level above.
-    bool outStartsZero;
     char (CIndicator::*next)(float* out, short* from, short* to, char* flag, CExpression* expr);
 };
 
@@ -136,13 +133,13 @@ char ScanMultiplication(const char* p, Op* op, int* length) {
 bool EndsLogical(const char* p) { return AtStatementEnd(*p); }
 
 const ny::GrammarLevel kLogicalLevel = {EndsLogical, ScanLogical, NY_EVAL_MISPLACED_OPERATOR, false,
-                                        false, &CIndicator::ReadExp1};
+                                        &CIndicator::ReadExp1};
 const ny::GrammarLevel kComparisonLevel = {EndsComparison, ScanComparison, NY_EVAL_MISPLACED_OPERATOR,
-                                           false, true, &CIndicator::ReadExp2};
+                                           false, &CIndicator::ReadExp2};
 const ny::GrammarLevel kAdditionLevel = {EndsAddition, ScanAddition, NY_EVAL_MISSING_SUM_OPERATOR, true,
-                                         true, &CIndicator::ReadItem};
+                                         &CIndicator::ReadItem};
 const ny::GrammarLevel kMultiplicationLevel = {EndsMultiplication, ScanMultiplication,
-                                               NY_EVAL_MISSING_TERM_OPERATOR, false, true,
+                                               NY_EVAL_MISSING_TERM_OPERATOR, false,
                                                &CIndicator::ReadFactor};
 
 // What combining a first operand into a zero-filled `out` leaves there: the operand's bars
@@ -166,9 +163,11 @@ void KeepCombinedPart(float* out, char isSeries, short from, short to, short cou
 
 // The loop that every level runs: blanks are skipped, an operator becomes pending, an operand
 // is read by the next level into a pooled buffer and combined into `out`. A loop that ends behind
-// an operator drops it. A constant divisor near zero fails as soon as it is read.
+// an operator drops it. A constant divisor near zero fails as soon as it is read. `outIsZero`
+// tells that `out` is zero-filled on entry, as it always is below the logical level, which is
+// reached only through an operand buffer of the level above.
 char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* from, short* to,
-                           char permission, char* isSeries, CExpression* expr) {
+                           char permission, char* isSeries, CExpression* expr, bool outIsZero) {
     *isSeries = 0;
     Slot slot = Slot::Start;
     Op pending = Op::None;
@@ -192,7 +191,7 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
             continue;
         }
         if (slot == Slot::AfterOperand) return level.operandAfterOperand;
-        if (slot == Slot::Start && level.outStartsZero) {
+        if (slot == Slot::Start && outIsZero) {
             // The first operand of a zero-filled `out` is read straight into it, which saves a
             // buffer and a copy per level; what the copy would have dropped is zeroed after.
             char operandFlag = permission;
@@ -215,11 +214,16 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
 }
 
 char CIndicator::ReadExp(float* out, short* from, short* to, char* flag, CExpression* expr) {
+    return ReadExpInto(out, from, to, flag, expr, false);
+}
+
+char CIndicator::ReadExpInto(float* out, short* from, short* to, char* flag, CExpression* expr,
+                                bool outIsZero) {
     const char permission = *flag % 2;
     const bool closedByParen = (*flag / 2) != 0;
     *flag = 0;
     char isSeries = 0;
-    if (const char rc = ReadLevel(kLogicalLevel, out, from, to, permission, &isSeries, expr))
+    if (const char rc = ReadLevel(kLogicalLevel, out, from, to, permission, &isSeries, expr, outIsZero))
         return rc;
     if (*m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
     if (closedByParen != (*m_pCursor == ')')) return NY_EVAL_PARENTHESES;
@@ -230,18 +234,18 @@ char CIndicator::ReadExp(float* out, short* from, short* to, char* flag, CExpres
 
 char CIndicator::ReadExp1(float* out, short* from, short* to, char* flag, CExpression* expr) {
     const char permission = *flag % 2;
-    return ReadLevel(kComparisonLevel, out, from, to, permission, flag, expr);
+    return ReadLevel(kComparisonLevel, out, from, to, permission, flag, expr, true);
 }
 
 char CIndicator::ReadExp2(float* out, short* from, short* to, char* flag, CExpression* expr) {
     // A sign at the start adds the operand to, or subtracts it from, the zero in `out`.
     const char permission = *flag % 2;
-    return ReadLevel(kAdditionLevel, out, from, to, permission, flag, expr);
+    return ReadLevel(kAdditionLevel, out, from, to, permission, flag, expr, true);
 }
 
 char CIndicator::ReadItem(float* out, short* from, short* to, char* flag, CExpression* expr) {
     const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
-    return ReadLevel(kMultiplicationLevel, out, from, to, permission, flag, expr);
+    return ReadLevel(kMultiplicationLevel, out, from, to, permission, flag, expr, true);
 }
 
 // An operand of the multiplication level: an expression in parentheses, which passes no
@@ -250,7 +254,7 @@ char CIndicator::ReadFactor(float* out, short* from, short* to, char* flag, CExp
     if (*m_pCursor != '(') return ReadNumber(out, from, to, flag, expr);
     ++m_pCursor;
     *flag = static_cast<char>(*flag + 2);
-    return ReadExp(out, from, to, flag, nullptr);
+    return ReadExpInto(out, from, to, flag, nullptr, true);
 }
 
 char CIndicator::CountCuma() {

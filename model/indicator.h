@@ -266,7 +266,13 @@ public:
 
 private:
     char ReadLevel(const ny::GrammarLevel& level, float* out, short* from, short* to,
-                   char permission, char* isSeries, CExpression* expr);
+                   char permission, char* isSeries, CExpression* expr, bool outIsZero);
+    // CalExp and ReadExp; `outIsZero` tells that `out` is zero-filled, so that the first operand
+    // may be read straight into it.
+    char ReadLine(char* line, float* out, short* from, short* to, char* flag, CExpression* expr,
+                  bool outIsZero);
+    char ReadExpInto(float* out, short* from, short* to, char* flag, CExpression* expr,
+                        bool outIsZero);
     char ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission);
     void CopyStatement(const CExpression& source, float* out, short* from, short* to,
                        char* isSeries) const;
