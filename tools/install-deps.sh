@@ -13,7 +13,9 @@ command -v make >/dev/null 2>&1 || need+=(make)
 [ -f /usr/include/nlohmann/json.hpp ] || need+=(nlohmann-json3-dev)
 command -v pkg-config >/dev/null 2>&1 || need+=(pkg-config)
 [ -f /usr/include/cairo/cairo.h ] || need+=(libcairo2-dev)
-fc-list 2>/dev/null | grep -q 'Noto Sans Mono CJK SC' || need+=(fonts-noto-cjk)
+# grep reads the whole list: with -q it would stop early, and the pipe's broken write would count
+# as a missing font under pipefail.
+fc-list 2>/dev/null | grep 'Noto Sans Mono CJK SC' >/dev/null || need+=(fonts-noto-cjk)
 if [ ${#need[@]} -gt 0 ]; then
   echo "Installing: ${need[*]}"
   SUDO=""
