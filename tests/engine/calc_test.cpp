@@ -1,6 +1,8 @@
 // The run over a formula's statements: what each outcome leaves in the statement, the shared bar
 // range, and the limits of a statement's text.
 
+#include <functional>
+
 #include <gtest/gtest.h>
 
 #include "tests/engine/formula_fixture.h"
@@ -181,6 +183,36 @@ TEST(Calc, RecursionAfterANarrowedRange) {
     for (int i = 3; i < 7; ++i) {
         EXPECT_EQ(f.At("B", i), f.At("A", i)) << i;
         EXPECT_EQ(f.At("D", i), sma[i - 3]) << i;
+    }
+}
+
+
+// A second run of the same object must read the formula as it stands now: every change of a
+// statement's text or name, or of a parameter's name, is seen, though words are kept between runs.
+TEST(Calc, EditsBetweenRunsAreSeen) {
+    Formula f({{"A", "N*2"}, {"B", "A+1"}});
+    f.AddParam("N", 5);
+    struct Step {
+        const char* what;
+        std::function<void(CIndicator&)> edit;
+        char computedB;
+        float valueB;
+    };
+    const Step steps[] = {
+        {"as written", [](CIndicator&) {}, 1, 11.0f},
+        {"text of A", [](CIndicator& ind) { ind.m_arExpressions[0]->m_strText = "N*3"; }, 1, 16.0f},
+        {"parameter renamed", [](CIndicator& ind) { ind.m_arParams[0]->m_strName = "M"; }, 0, 0.0f},
+        {"A renamed", [](CIndicator& ind) {
+             ind.m_arParams[0]->m_strName = "N";
+             ind.m_arExpressions[0]->m_strName = "Z";
+         }, 0, 0.0f},
+        {"B reads Z", [](CIndicator& ind) { ind.m_arExpressions[1]->m_strText = "Z+2"; }, 1, 17.0f},
+    };
+    for (const Step& step : steps) {
+        step.edit(f.ind);
+        ASSERT_EQ(f.Run(RisingBars(5)), 1) << step.what;
+        EXPECT_EQ(f.ind.m_arExpressions[1]->m_cComputed, step.computedB) << step.what;
+        EXPECT_EQ(f.ind.m_arExpressions[1]->m_pData[4], step.valueB) << step.what;
     }
 }
 
