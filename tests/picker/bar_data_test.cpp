@@ -1,10 +1,14 @@
-// The bar pipeline: stored bars, today's data, period grouping, merging, runs up and down; and
-// the whole pipeline over a generated market against an aggregation of our own.
+// The bar pipeline: the cases of bars.txt (stored bars, today's data, period grouping, merging,
+// runs up and down, ex-rights adjustment), stepping through the ex-rights list, and the whole
+// pipeline over a generated market against an aggregation and adjustment of our own.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <map>
+#include <sstream>
 #include <tuple>
 
 #include "host/clock.h"
@@ -14,142 +18,118 @@
 
 namespace {
 
-using pickertest::Bar;
-using pickertest::Bars;
-using pickertest::ExpectBar;
+using pickertest::Event;
 
-constexpr int kShare = 600001;
-
-class BarData : public ::testing::Test {
-protected:
-    BarData() : market("SH600001,Share,GP,A\n") {}
-
-    std::vector<CHisDay> Day(const std::vector<CHisDay>& stored, short period, int varPeriod = 0) {
-        market.Day("data/sh/day/600001.day", stored);
-        EXPECT_TRUE(market.Open());
-        return engine.Load(kShare, period, 0, varPeriod);
-    }
-    // Minute bars of 2021-01-08 (YYMMDDHHMM) at the given times, closes counting up from 10.
-    static std::vector<CHisDay> Minutes(const std::vector<int>& hhmm, int date = 2101080000) {
-        std::vector<CHisDay> bars;
-        for (size_t i = 0; i < hhmm.size(); ++i)
-            bars.push_back(Bar(date + hhmm[i], 10 + static_cast<float>(i)));
-        return bars;
-    }
-
-    pickertest::Market market;
+// One case of bars.txt: a fresh installation, a fresh engine and the bars of the last load.
+struct BarCase {
+    pickertest::Market market{"SH600001,Share,GP,A\nSZ000002,Two,ET,A\nHK000005,Hk,HK,STOCK\n"};
     pickertest::Engine engine;
+    std::vector<CHisDay> loaded;
+
+    // Runs one line of the case, its expectation after "->" in `want`.
+    void Run(const std::string& command, std::istringstream& in, const std::string& want) {
+        static const std::map<std::string, short> kPeriods = {
+            {"day", NY_PERIOD_DAY},     {"week", NY_PERIOD_WEEK},   {"month", NY_PERIOD_MONTH},
+            {"quarter", NY_PERIOD_QUARTER}, {"year", NY_PERIOD_YEAR}, {"min1", NY_PERIOD_MIN1},
+            {"min5", NY_PERIOD_MIN5},   {"min15", NY_PERIOD_MIN15}, {"min30", NY_PERIOD_MIN30},
+            {"min60", NY_PERIOD_MIN60}};
+        std::string first, rest, word;
+        in >> first >> std::ws;
+        std::getline(in, rest);
+        if (command == "file") {
+            const size_t plus = rest.find('+');
+            const size_t stray = plus == std::string::npos ? 0 : std::stoul(rest.substr(plus + 1));
+            market.Write(first, ny::EncodeBars(pickertest::Bars(rest.substr(0, plus))) + std::string(stray, 'x'));
+        } else if (command == "power") {
+            std::vector<CPowerData> records;
+            std::istringstream items(rest);
+            for (std::string item; items >> item;) {
+                std::replace(item.begin(), item.end(), ':', ' ');
+                std::istringstream fields(item);
+                int date = 0;
+                float profit = 0, give = 0, capital = 0;
+                fields >> date >> profit >> give >> capital;
+                records.push_back(Event(date, profit, give, capital));
+            }
+            market.Power(first, records);
+        } else if (command == "quote") {
+            market.Write("data/quotes.csv", "date=" + first + "\ncode,open,high,low,last,volume,amount\n" + rest + "\n");
+        } else if (command == "buffer") {
+            EXPECT_EQ(engine.m_nBufSize, std::stoi(first));
+        } else if (std::isdigit(command[0]) != 0) {
+            const size_t index = std::stoul(command);
+            ASSERT_LT(index, loaded.size());
+            pickertest::ExpectBar(loaded[index], first + " " + rest);
+        } else {
+            ASSERT_TRUE(market.Open());
+            const int id = ny::ParseStockCode(first);
+            std::istringstream words(rest);
+            if (command == "load") {
+                words >> word;
+                const std::string flags = rest.substr(word.size());
+                loaded = engine.Load(id, kPeriods.at(word), flags.find("adjusted") != std::string::npos,
+                                     flags.find("runs") != std::string::npos);
+                EXPECT_EQ(loaded.size(), std::stoul(want));
+            } else if (command == "records") {
+                engine.m_lStockID = id;
+                engine.LoadPower();
+                std::vector<float> profits, expected;
+                for (const CPowerData& record : engine.m_arPower) profits.push_back(record.m_fProfit);
+                std::istringstream values(want);
+                for (float value; values >> value;) expected.push_back(value);
+                EXPECT_EQ(profits, expected);
+            } else {
+                ASSERT_EQ(command, "same");
+                int a = 0, b = 0;
+                words >> word >> a >> b;
+                engine.m_lStockID = id;
+                engine.m_nPeriod = kPeriods.at(word);
+                EXPECT_EQ(engine.IsSamePeriod(a, b) ? "yes" : "no", want);
+            }
+        }
+    }
 };
 
-TEST_F(BarData, SamePeriodByCalendar) {
-    ASSERT_TRUE(market.Open());
-    engine.m_lStockID = kShare;
-    engine.m_nPeriod = NY_PERIOD_WEEK;
-    EXPECT_FALSE(engine.IsSamePeriod(20210108, 20210111));  // Friday, then Monday
-    EXPECT_TRUE(engine.IsSamePeriod(20210104, 20210108));   // Monday and Friday
-    EXPECT_TRUE(engine.IsSamePeriod(20210103, 20210104));   // Sunday and the Monday after
-    EXPECT_FALSE(engine.IsSamePeriod(20210104, 20210111));  // a week apart
-    EXPECT_FALSE(engine.IsSamePeriod(0, 20210105));
-    engine.m_nPeriod = NY_PERIOD_MONTH;
-    EXPECT_TRUE(engine.IsSamePeriod(20210104, 20210129));
-    EXPECT_FALSE(engine.IsSamePeriod(20210129, 20210201));
-    engine.m_nPeriod = NY_PERIOD_QUARTER;
-    EXPECT_FALSE(engine.IsSamePeriod(20210331, 20210401));
-    EXPECT_TRUE(engine.IsSamePeriod(20210401, 20210630));
-    EXPECT_FALSE(engine.IsSamePeriod(20200401, 20210401));
-    engine.m_nPeriod = NY_PERIOD_YEAR;
-    EXPECT_TRUE(engine.IsSamePeriod(20210104, 20211231));
-    engine.m_nPeriod = NY_PERIOD_MIN15;
-    EXPECT_TRUE(engine.IsSamePeriod(2101080935, 2101080945));
-    EXPECT_FALSE(engine.IsSamePeriod(2101080945, 2101080950));
-    engine.m_nPeriod = NY_PERIOD_MIN60;
-    EXPECT_TRUE(engine.IsSamePeriod(2101081035, 2101081130));
-    EXPECT_FALSE(engine.IsSamePeriod(2101081030, 2101081035));
-    engine.m_lStockID = 1777777;  // no stock, no answer
-    EXPECT_FALSE(engine.IsSamePeriod(2101080935, 2101080935));
+TEST(BarCases, EveryCaseOfTheTable) {
+    std::ifstream file(NY_SOURCE_DIR "/tests/picker/bars.txt");
+    ASSERT_TRUE(file);
+    std::unique_ptr<BarCase> current;
+    std::string what;
+    int number = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++number;
+        if (line.empty() || line[0] == '#') continue;
+        if (line.rfind("== ", 0) == 0) {
+            current = std::make_unique<BarCase>();
+            what = line.substr(3);
+            continue;
+        }
+        SCOPED_TRACE("bars.txt:" + std::to_string(number) + ": " + what + ": " + line);
+        ASSERT_TRUE(current);
+        const size_t arrow = line.find(" ->");
+        std::istringstream in(line.substr(0, arrow));
+        std::string command;
+        in >> command;
+        const std::string want = arrow == std::string::npos ? "" : line.substr(std::min(line.size(), arrow + 4));
+        current->Run(command, in, want);
+    }
 }
 
-TEST_F(BarData, WeekBarsMergeTheirDays) {
-    const auto weeks = Day(Bars("20210103:10:50 20210104:8:60 20210108:12:70 high=20 20210111:13"), NY_PERIOD_WEEK);
-    ASSERT_EQ(weeks.size(), 2u);
-    // Stamped with its latest day; the first bar refers to its own open.
-    ExpectBar(weeks[0], "time=20210108 open=10 high=20 low=7 close=12 volume=180 pre=10");
-    ExpectBar(weeks[1], "pre=12");
-    // A bar stamped 0 is no date: it stands alone.
-    EXPECT_EQ(Day({Bar(20210104, 8), Bar(0, 9), Bar(20210105, 10)}, NY_PERIOD_WEEK).size(), 3u);
-}
-
-TEST_F(BarData, ZeroPricesShowTheCloseBefore) {
-    const auto days = Day(Bars("20210104:8 20210105:0 high=0 low=0"), NY_PERIOD_DAY);
-    ExpectBar(days[1], "open=8 high=8 low=8 close=8");
-}
-
-TEST_F(BarData, TodaysQuoteOverwritesOrAppends) {
-    const std::string header = "code,open,high,low,last,volume,amount\n";
-    market.Write("data/quotes.csv", "date=20210105\n" + header + "SH600001,0,0,9.5,10.5,300,3000\n");
-    auto days = Day({Bar(20210104, 8), Bar(20210105, 9)}, NY_PERIOD_DAY);
-    // Today's stored bar is replaced; an open of 0 takes the latest price, as does the high.
-    ASSERT_EQ(days.size(), 2u);
-    ExpectBar(days[1], "open=10.5 high=10.5 low=9.5 volume=300");
-    market.Write("data/quotes.csv", "date=20210106\n" + header + "SH600001,10,11,9,10.5,300,3000\n");
-    days = Day({Bar(20210104, 8), Bar(20210105, 9)}, NY_PERIOD_DAY);
-    ASSERT_EQ(days.size(), 3u);
-    ExpectBar(days[2], "time=20210106 pre=9");
-    // The buffers hold 102 records since the first file: 101 stored bars and today's fill them,
-    // and growing keeps the stored bars.
-    ASSERT_EQ(engine.m_nBufSize, 102);
-    std::vector<CHisDay> many;
-    for (int i = 0; i < 101; ++i) many.push_back(Bar(20200101 + i, static_cast<float>(i)));
-    days = Day(many, NY_PERIOD_DAY);
-    EXPECT_EQ(engine.m_nBufSize, 202);
-    ASSERT_EQ(days.size(), 102u);
-    ExpectBar(days[0], "close=0");
-    ExpectBar(days[100], "close=100");
-    ExpectBar(days[101], "close=10.5");
-}
-
-TEST_F(BarData, MissingAndTruncatedFiles) {
-    ASSERT_TRUE(market.Open());
-    EXPECT_TRUE(engine.Load(kShare, NY_PERIOD_DAY).empty());
-    EXPECT_TRUE(engine.Load(1777777, NY_PERIOD_DAY).empty());
-    market.Write("data/sh/day/600001.day", ny::EncodeBars({Bar(20210104, 8)}) + std::string(39, 'x'));
-    EXPECT_EQ(engine.Load(kShare, NY_PERIOD_DAY).size(), 1u);
-    market.Write("data/sh/day/600001.day", std::string(39, 'x'));
-    EXPECT_TRUE(engine.Load(kShare, NY_PERIOD_DAY).empty());
-}
-
-TEST_F(BarData, MinuteFileFoldsIntoFiveMinuteBars) {
-    market.Write("data/sh/min1/600001.mn1",
-                 ny::EncodeBars(Minutes({930, 931, 932, 933, 934, 935, 936, 937, 938, 939, 940})));
-    market.Write("data/sh/min5/600001.mn5", ny::EncodeBars(Minutes({1455, 1500}, 2101070000)));
-    ASSERT_TRUE(market.Open());
-    auto bars = engine.Load(kShare, NY_PERIOD_MIN5);
-    ASSERT_EQ(bars.size(), 4u);
-    // The opening minute joins the first slot.
-    ExpectBar(bars[2], "time=2101080935 open=10 close=15 high=16 volume=600");
-    ExpectBar(bars[3], "time=2101080940 open=16");
-    // One-minute bars come from the minute file alone.
-    EXPECT_EQ(engine.Load(kShare, NY_PERIOD_MIN1).size(), 11u);
-    // Without 5-minute bars the day's minutes are all there is.
-    market.Write("data/sh/min5/600001.mn5", "");
-    EXPECT_EQ(engine.Load(kShare, NY_PERIOD_MIN5).size(), 2u);
-    // A minute file older than the end of the 5-minute file adds nothing.
-    market.Write("data/sh/min5/600001.mn5", ny::EncodeBars(Minutes({935, 940, 945, 950}, 2101090000)));
-    bars = engine.Load(kShare, NY_PERIOD_MIN15);
-    ASSERT_EQ(bars.size(), 2u);
-    ExpectBar(bars[0], "time=2101090945 close=12 volume=300");
-    ExpectBar(bars[1], "time=2101091000");  // stamped with its slot, not its latest bar
-}
-
-TEST_F(BarData, RunsUpAndDown) {
-    auto runs = Day(Bars("20210104:10 open=9.5 20210105:11 open=9 20210106:12 open=11.5"), NY_PERIOD_DAY, 1);
-    ASSERT_EQ(runs.size(), 1u);
-    ExpectBar(runs[0], "time=20210106 open=9 close=12 high=13 volume=300");  // the lowest open of a run up
-    // Up: a flat close joins. Down (fixed by the first bar): a flat close opens a new run.
-    EXPECT_EQ(Day(Bars("20210104:10 20210105:10"), NY_PERIOD_DAY, 1).size(), 1u);
-    runs = Day(Bars("20210104:10 open=11 20210105:10 20210106:9 open=12"), NY_PERIOD_DAY, 1);
-    ASSERT_EQ(runs.size(), 2u);
-    ExpectBar(runs[1], "open=12 close=9 pre=0");  // the highest open of a run down
+// The record in force on a day and stepping through the list, newest first.
+TEST(BarCases, RecordInForceAndSteppingNewestFirst) {
+    pickertest::Engine engine;
+    engine.m_arPower = {Event(20210601, 1), Event(20200601, 2), Event(20190601, 3)};
+    CPowerData record = Event(7, 7);
+    EXPECT_EQ(engine.GetStartCQ(20180101, record), -1);
+    EXPECT_EQ(record.m_lDate, 7);  // untouched when nothing qualifies
+    EXPECT_EQ(engine.GetStartCQ(20200601, record), 1);
+    EXPECT_EQ(engine.GetStartCQ(20991231, record), 0);
+    EXPECT_EQ(engine.GetNextCQ(0, record, 0), 1);
+    EXPECT_FLOAT_EQ(record.m_fProfit, 2);
+    EXPECT_EQ(engine.GetNextCQ(2, record, 0), -1);
+    EXPECT_FLOAT_EQ(record.m_fProfit, 2);
+    EXPECT_EQ(engine.GetNextCQ(2, record, 1), 1);
+    EXPECT_EQ(engine.GetNextCQ(0, record, 1), -1);
 }
 
 // ---- The generated market ----

@@ -1,10 +1,12 @@
 // The picking engine: when Play starts a pick and what it refreshes first, the worker and its
-// status, the merged verdict of the conditions, and the single-stock services.
+// status, the merged verdict of the conditions over a range of dates, and the single-stock
+// services.
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <thread>
+#include <tuple>
 
 #include "host/clock.h"
 #include "host/global.h"
@@ -19,15 +21,6 @@ using pickertest::MakeFormula;
 constexpr int kShare = 600001;
 constexpr int kWednesday = 20210630;
 
-// Ten weekday bars from 2021-01-04, closes 10 to 19.
-std::vector<CHisDay> TenDays() {
-    const int dates[] = {20210104, 20210105, 20210106, 20210107, 20210108,
-                         20210111, 20210112, 20210113, 20210114, 20210115};
-    std::vector<CHisDay> bars;
-    for (int i = 0; i < 10; ++i) bars.push_back(Bar(dates[i], 10 + static_cast<float>(i)));
-    return bars;
-}
-
 void WaitUntilIdle(CCondStocks& engine) {
     CondStocksSTATUS status;
     do {
@@ -41,7 +34,8 @@ protected:
     Picking() : market("SH600001,Share,GP,A\n"), condition(MakeFormula({{"X", "C>0"}})) {}
 
     void SetUp() override {
-        market.Day("data/sh/day/600001.day", TenDays());
+        // Ten weekday bars from 2021-01-04, closes 10 to 19.
+        market.Day("data/sh/day/600001.day", pickertest::Bars("20210104:10..14 20210111:15..19"));
         ASSERT_TRUE(market.Open());
         CCondStocks::m_lLastUpdateDate = CCondStocks::m_lLastUpdateTime = 0;
         CCondStocks::m_lLastUpdateMinuteDate = CCondStocks::m_lLastUpdateMinuteTime = 0;
@@ -62,69 +56,60 @@ protected:
         return started;
     }
 
-    // One stock through the engine with these conditions.
-    BOOL Picked(std::vector<CIndicator*> indicators, char logic, int begin = 0, int end = 0) {
-        engine.m_arIndicators = indicators;
-        engine.m_cLogic = logic;
-        engine.m_nPeriod = NY_PERIOD_DAY;
-        engine.m_lBeginDate = begin;
-        engine.m_lEndDate = end;
-        return engine.ProcCondPick_Item(kShare);
-    }
-
     pickertest::Market market;
     pickertest::Engine engine;
     std::unique_ptr<CIndicator> condition;
 };
 
 TEST_F(Picking, MinutePicksOnlyWhileTheMarketIsClosed) {
-    EXPECT_FALSE(PlayAt(kWednesday, 113000, NY_PERIOD_MIN5));
-    ASSERT_EQ(ny::RecordedMessages().size(), 1u);
-    EXPECT_EQ(ny::RecordedMessages()[0], MSG_MINUTE_PICK_IN_TRADING_HOURS);
-    EXPECT_TRUE(PlayAt(kWednesday, 113001, NY_PERIOD_MIN5));
-    EXPECT_TRUE(PlayAt(kWednesday, 125959, NY_PERIOD_MIN15));
-    EXPECT_FALSE(PlayAt(kWednesday, 130000, NY_PERIOD_MIN1));
-    EXPECT_FALSE(PlayAt(kWednesday, 150000, NY_PERIOD_MIN60));
-    EXPECT_TRUE(PlayAt(kWednesday, 150001, NY_PERIOD_MIN5));
-    EXPECT_TRUE(PlayAt(20210703, 100000, NY_PERIOD_MIN5));  // Saturday
-    EXPECT_TRUE(PlayAt(20210704, 100000, NY_PERIOD_MIN5));  // Sunday
-    EXPECT_EQ(ny::RecordedMessages().size(), 3u);
-    // Day-based picks know no trading hours.
-    EXPECT_TRUE(PlayAt(kWednesday, 100000, NY_PERIOD_DAY));
+    // Date, time, period and whether the pick starts; each refusal says why.
+    const std::tuple<int, int, short, bool> rows[] = {
+        {kWednesday, 113000, NY_PERIOD_MIN5, false}, {kWednesday, 113001, NY_PERIOD_MIN5, true},
+        {kWednesday, 125959, NY_PERIOD_MIN15, true}, {kWednesday, 130000, NY_PERIOD_MIN1, false},
+        {kWednesday, 150000, NY_PERIOD_MIN60, false}, {kWednesday, 150001, NY_PERIOD_MIN5, true},
+        {20210703, 100000, NY_PERIOD_MIN5, true},  // Saturday
+        {20210704, 100000, NY_PERIOD_MIN5, true},  // Sunday
+        {kWednesday, 100000, NY_PERIOD_DAY, true}};  // day-based picks know no trading hours
+    size_t refusals = 0;
+    for (const auto& [date, time, period, starts] : rows) {
+        EXPECT_EQ(PlayAt(date, time, period), starts) << date << " " << time;
+        refusals += starts ? 0 : 1;
+        EXPECT_EQ(ny::RecordedMessages(), std::vector<CString>(refusals, MSG_MINUTE_PICK_IN_TRADING_HOURS));
+    }
 }
 
-TEST_F(Picking, MinuteDataRefreshedOnlyWhenStale) {
-    EXPECT_TRUE(PlayAt(20210702, 91459, NY_PERIOD_MIN5));  // before 09:15: nothing to fetch
-    EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, 0);
-    PlayAt(kWednesday, 120000, NY_PERIOD_MIN5);
-    EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, 1);
-    EXPECT_EQ(ny::RecordedRefreshes().minuteStocks, std::vector<int>{kShare});
-    EXPECT_EQ(CCondStocks::m_lLastUpdateMinuteDate, kWednesday);
-    EXPECT_EQ(CCondStocks::m_lLastUpdateMinuteTime, 120000);
-    PlayAt(kWednesday, 121000, NY_PERIOD_MIN5);  // still noon: current
-    EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, 1);
-    PlayAt(kWednesday, 153000, NY_PERIOD_MIN5);  // the afternoon has passed since
-    EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, 2);
-    PlayAt(kWednesday, 160000, NY_PERIOD_MIN5);
-    EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, 2);
-    PlayAt(20210701, 120000, NY_PERIOD_MIN5);  // a new day
-    EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, 3);
-}
-
-TEST_F(Picking, QuotesRefreshedEveryTenMinutes) {
-    PlayAt(kWednesday, 100000, NY_PERIOD_DAY);
-    EXPECT_EQ(ny::RecordedRefreshes().quoteRequests, 1);
-    PlayAt(kWednesday, 100959, NY_PERIOD_WEEK);
-    EXPECT_EQ(ny::RecordedRefreshes().quoteRequests, 1);
-    EXPECT_TRUE(engine.m_hRTEvent->IsSet());  // no request: the worker did not wait
-    PlayAt(kWednesday, 101000, NY_PERIOD_DAY);
-    EXPECT_EQ(ny::RecordedRefreshes().quoteRequests, 2);
-    EXPECT_EQ(CCondStocks::m_lLastUpdateTime, 101000);
-    PlayAt(kWednesday, 102000, NY_PERIOD_DAY, 1);  // asked for: the refresh dialog instead
-    EXPECT_EQ(ny::RecordedRefreshes().quoteRequests, 2);
-    EXPECT_EQ(ny::RecordedRefreshes().quoteDialogs, 1);
-    PlayAt(20210701, 100000, NY_PERIOD_DAY);
-    EXPECT_EQ(ny::RecordedRefreshes().quoteRequests, 3);
+TEST_F(Picking, DataRefreshedOnlyWhenStale) {
+    // Minute data: the time of a pick and the refresh dialogs run since the first.
+    const std::tuple<int, int, int> minutes[] = {
+        {20210702, 91459, 0},                              // before 09:15: nothing to fetch
+        {kWednesday, 120000, 1}, {kWednesday, 121000, 1},  // still noon: current
+        {kWednesday, 153000, 2},                           // the afternoon has passed since
+        {kWednesday, 160000, 2}, {20210701, 120000, 3}};   // a new day
+    for (const auto& [date, time, dialogs] : minutes) {
+        const int before = ny::RecordedRefreshes().minuteDialogs;
+        EXPECT_TRUE(PlayAt(date, time, NY_PERIOD_MIN5));
+        EXPECT_EQ(ny::RecordedRefreshes().minuteDialogs, dialogs) << date << " " << time;
+        if (dialogs == before) continue;
+        EXPECT_EQ(ny::RecordedRefreshes().minuteStocks, std::vector<int>{kShare});
+        EXPECT_EQ(CCondStocks::m_lLastUpdateMinuteDate, date);
+        EXPECT_EQ(CCondStocks::m_lLastUpdateMinuteTime, time);
+    }
+    // Quotes every ten minutes: time, period, whether a dialog was asked for, requests and
+    // dialogs since the first. Without a request the worker does not wait.
+    const std::tuple<int, int, short, int, int, int> quotes[] = {
+        {kWednesday, 100000, NY_PERIOD_DAY, 0, 1, 0}, {kWednesday, 100959, NY_PERIOD_WEEK, 0, 1, 0},
+        {kWednesday, 101000, NY_PERIOD_DAY, 0, 2, 0}, {kWednesday, 102000, NY_PERIOD_DAY, 1, 2, 1},
+        {20210701, 100000, NY_PERIOD_DAY, 0, 3, 1}};
+    for (const auto& [date, time, period, ask, requests, dialogs] : quotes) {
+        const int before = ny::RecordedRefreshes().quoteRequests;
+        PlayAt(date, time, period, ask);
+        EXPECT_EQ(ny::RecordedRefreshes().quoteRequests, requests) << date << " " << time;
+        EXPECT_EQ(ny::RecordedRefreshes().quoteDialogs, dialogs) << date << " " << time;
+        if (requests == before)
+            EXPECT_TRUE(engine.m_hRTEvent->IsSet()) << time;
+        else
+            EXPECT_EQ(CCondStocks::m_lLastUpdateTime, time);
+    }
 }
 
 TEST_F(Picking, WorkerWaitsForTheQuotesAndStopsDuringTheWait) {
@@ -188,45 +173,48 @@ TEST_F(Picking, StatusAndNotification) {
     EXPECT_EQ(g_lastRunning, 0);
 }
 
-TEST_F(Picking, LastBarVerdictAndTheMergeOfConditions) {
+TEST_F(Picking, VerdictsOfConditionsAndDateRanges) {
     auto positive = MakeFormula({{"A", "C"}, {"X", "3.5"}});
     auto negative = MakeFormula({{"X", "-1"}});
     auto zero = MakeFormula({{"X", "C-C"}});
     auto failing = MakeFormula({{"X", "NOSUCHWORD+1"}});
     auto empty = MakeFormula({});
-    EXPECT_TRUE(Picked({positive.get()}, 1));
-    EXPECT_FALSE(Picked({negative.get()}, 1));
-    EXPECT_FALSE(Picked({zero.get()}, 1));
-    EXPECT_TRUE(Picked({negative.get(), zero.get()}, 2));  // OR: -1 counts as true
-    EXPECT_FALSE(Picked({positive.get(), zero.get()}, 1));
-    EXPECT_TRUE(Picked({positive.get(), negative.get()}, 1));  // AND of two non-zero values
-    EXPECT_TRUE(Picked({zero.get(), positive.get()}, 0));      // any logic but 1 is OR
-    // Conditions that fail or have no statement don't take part.
-    EXPECT_TRUE(Picked({failing.get(), positive.get(), empty.get(), nullptr}, 1));
-    EXPECT_FALSE(Picked({failing.get()}, 1));
-}
-
-TEST_F(Picking, HistoryRangeVerdict) {
     auto rising = MakeFormula({{"X", "C>15"}});
-    EXPECT_TRUE(Picked({rising.get()}, 1));                       // the last bar
-    EXPECT_FALSE(Picked({rising.get()}, 1, 20210104, 20210111));  // closes 10 to 15
-    EXPECT_TRUE(Picked({rising.get()}, 1, 20210112, 20210112));   // close 16
-    EXPECT_FALSE(Picked({rising.get()}, 1, 20210104, 0));         // no bar lies in the range
-    EXPECT_TRUE(Picked({rising.get()}, 1, 0, 20210115));
     // Minute bars are dated by their stamp.
     market.Write("data/sh/min5/600001.mn5", ny::EncodeBars({Bar(2101070935, 20), Bar(2101080935, 5)}));
-    engine.m_arIndicators = {rising.get()};
-    engine.m_nPeriod = NY_PERIOD_MIN5;
-    engine.m_lBeginDate = engine.m_lEndDate = 20210107;
-    EXPECT_TRUE(engine.ProcCondPick_Item(kShare));
-    engine.m_lBeginDate = engine.m_lEndDate = 20210108;
-    EXPECT_FALSE(engine.ProcCondPick_Item(kShare));
+    // Conditions, logic (1 AND, any other OR), period, range of dates and the verdict.
+    const std::tuple<std::vector<CIndicator*>, char, short, int, int, bool> rows[] = {
+        {{positive.get()}, 1, NY_PERIOD_DAY, 0, 0, true},  // the value of the last bar
+        {{negative.get()}, 1, NY_PERIOD_DAY, 0, 0, false},
+        {{zero.get()}, 1, NY_PERIOD_DAY, 0, 0, false},
+        {{negative.get(), zero.get()}, 2, NY_PERIOD_DAY, 0, 0, true},  // OR: -1 counts as true
+        {{positive.get(), zero.get()}, 1, NY_PERIOD_DAY, 0, 0, false},
+        {{positive.get(), negative.get()}, 1, NY_PERIOD_DAY, 0, 0, true},  // AND of two non-zero values
+        {{zero.get(), positive.get()}, 0, NY_PERIOD_DAY, 0, 0, true},
+        // Conditions that fail or have no statement don't take part.
+        {{failing.get(), positive.get(), empty.get(), nullptr}, 1, NY_PERIOD_DAY, 0, 0, true},
+        {{failing.get()}, 1, NY_PERIOD_DAY, 0, 0, false},
+        {{rising.get()}, 1, NY_PERIOD_DAY, 0, 0, true},
+        {{rising.get()}, 1, NY_PERIOD_DAY, 20210104, 20210111, false},  // closes 10 to 15
+        {{rising.get()}, 1, NY_PERIOD_DAY, 20210112, 20210112, true},   // close 16
+        {{rising.get()}, 1, NY_PERIOD_DAY, 20210104, 0, false},         // no bar lies in the range
+        {{rising.get()}, 1, NY_PERIOD_DAY, 0, 20210115, true},
+        {{rising.get()}, 1, NY_PERIOD_MIN5, 20210107, 20210107, true},
+        {{rising.get()}, 1, NY_PERIOD_MIN5, 20210108, 20210108, false}};
+    int row = 0;
+    for (const auto& [indicators, logic, period, begin, end, picked] : rows) {
+        engine.m_arIndicators = indicators;
+        engine.m_cLogic = logic;
+        engine.m_nPeriod = period;
+        engine.m_lBeginDate = begin;
+        engine.m_lEndDate = end;
+        EXPECT_EQ(engine.ProcCondPick_Item(kShare), picked ? TRUE : FALSE)
+            << "row " << row++;
+    }
 }
 
 TEST_F(Picking, IndicatorOnTheLast280Bars) {
-    std::vector<CHisDay> bars;
-    for (int i = 0; i < 281; ++i) bars.push_back(Bar(20200101 + i, static_cast<float>(i + 1)));
-    market.Day("data/sh/day/600001.day", bars);
+    market.Day("data/sh/day/600001.day", pickertest::Bars("20200101:1..281"));
     auto close = MakeFormula({{"X", "C"}});
     ASSERT_TRUE(engine.CalcIndicator(close.get(), kShare, NY_PERIOD_DAY, 0, 0));
     EXPECT_EQ(close->m_nBarCount, 280);

@@ -203,29 +203,33 @@ TEST_F(RequestPick, StopRequestEndsThePick) {
 }
 
 TEST_F(RequestPick, RefusalsSayWhy) {
-    auto refused = [](const ny::PickRequest& request) {
+    // Conditions, period, dates, a list of codes for the scope, the time of day and the message.
+    const struct {
+        std::vector<ny::PickCondition> conditions;
+        short period;
+        int from, to;
+        bool codes;
+        int time;
+        std::string message;
+    } rows[] = {
+        {{}, NY_PERIOD_DAY, 0, 0, false, 160000, ny::MSG_PICK_NO_CONDITION},
+        {{{"NOSUCH", {}}}, NY_PERIOD_DAY, 0, 0, false, 160000, std::string(ny::MSG_PICK_UNKNOWN_CONDITION) + "NOSUCH"},
+        {{{"UPMA", {5, 6}}}, NY_PERIOD_DAY, 0, 0, false, 160000, std::string(ny::MSG_PICK_TOO_MANY_PARAMS) + "UPMA"},
+        {{{"UPMA", {}}}, NY_PERIOD_DAY, 20210301, 20210201, false, 160000, ny::MSG_PICK_DATES_REVERSED},
+        {{{"UPMA", {}}}, 11, 0, 0, false, 160000, ny::MSG_PICK_BAD_PERIOD},
+        {{{"UPMA", {}}}, NY_PERIOD_DAY, 0, 0, true, 160000, ny::MSG_PICK_NO_STOCKS},
+        {{{"UPMA", {}}}, NY_PERIOD_MIN5, 0, 0, false, 100000, MSG_MINUTE_PICK_IN_TRADING_HOURS}};
+    for (const auto& row : rows) {
+        ny::PickRequest request = Request(row.conditions);
+        request.period = row.period;
+        request.fromDate = row.from;
+        request.toDate = row.to;
+        if (row.codes) request.scope = ny::PickScope::Codes;
+        CClockModule::SetClock(20210331, row.time);
         const ny::PickOutcome outcome = ny::RunPick(request, nullptr, nullptr);
-        EXPECT_FALSE(outcome.ok);
-        return outcome.message;
-    };
-    EXPECT_EQ(refused(Request({})), ny::MSG_PICK_NO_CONDITION);
-    EXPECT_EQ(refused(Request({{"NOSUCH", {}}})), std::string(ny::MSG_PICK_UNKNOWN_CONDITION) + "NOSUCH");
-    EXPECT_EQ(refused(Request({{"UPMA", {5, 6}}})), std::string(ny::MSG_PICK_TOO_MANY_PARAMS) + "UPMA");
-    ny::PickRequest request = Request({{"UPMA", {}}});
-    request.fromDate = 20210301;
-    request.toDate = 20210201;
-    EXPECT_EQ(refused(request), ny::MSG_PICK_DATES_REVERSED);
-    request = Request({{"UPMA", {}}});
-    request.period = 11;
-    EXPECT_EQ(refused(request), ny::MSG_PICK_BAD_PERIOD);
-    request = Request({{"UPMA", {}}});
-    request.scope = ny::PickScope::Codes;
-    request.stockIds = {};
-    EXPECT_EQ(refused(request), ny::MSG_PICK_NO_STOCKS);
-    request = Request({{"UPMA", {}}});
-    request.period = NY_PERIOD_MIN5;
-    CClockModule::SetClock(20210331, 100000);
-    EXPECT_EQ(refused(request), MSG_MINUTE_PICK_IN_TRADING_HOURS);
+        EXPECT_FALSE(outcome.ok) << row.message;
+        EXPECT_EQ(outcome.message, row.message);
+    }
     std::vector<CHisDay> bars;
     EXPECT_FALSE(ny::LoadStockBars(1777777, NY_PERIOD_DAY, false, &bars));
     EXPECT_FALSE(ny::LoadStockBars(all[0], 11, false, &bars));

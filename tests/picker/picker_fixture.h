@@ -70,7 +70,8 @@ inline float CHisDay::*FieldNamed(const std::string& name) {
 }
 
 // Bars written "TIME:CLOSE[:VOLUME]" as Bar() makes them, each followed by the fields it changes
-// ("20210104:10 open=9.5 20210105:11").
+// ("20210104:10 open=9.5 20210105:11"); "TIME:FIRST..LAST" is a run of bars whose time and close
+// count up by one.
 inline std::vector<CHisDay> Bars(const std::string& text) {
     std::vector<CHisDay> bars;
     std::istringstream in(text);
@@ -80,8 +81,12 @@ inline std::vector<CHisDay> Bars(const std::string& text) {
             continue;
         }
         const size_t colon = item.find(':'), second = item.find(':', colon + 1);
-        bars.push_back(Bar(std::stoi(item.substr(0, colon)), std::stof(item.substr(colon + 1)),
-                           second == std::string::npos ? 100 : std::stof(item.substr(second + 1))));
+        const std::string close = item.substr(colon + 1, second - colon - 1);
+        const size_t dots = close.find("..");
+        const float first = std::stof(close), last = dots == std::string::npos ? first : std::stof(close.substr(dots + 2));
+        for (float value = first; value <= last; ++value)
+            bars.push_back(Bar(std::stoi(item.substr(0, colon)) + static_cast<int>(value - first), value,
+                               second == std::string::npos ? 100 : std::stof(item.substr(second + 1))));
     }
     return bars;
 }
