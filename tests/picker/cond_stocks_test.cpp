@@ -201,15 +201,15 @@ TEST_F(Picking, VerdictsOfConditionsAndDateRanges) {
         {{rising.get()}, 1, NY_PERIOD_DAY, 0, 20210115, true},
         {{rising.get()}, 1, NY_PERIOD_MIN5, 20210107, 20210107, true},
         {{rising.get()}, 1, NY_PERIOD_MIN5, 20210108, 20210108, false}};
-    int row = 0;
-    for (const auto& [indicators, logic, period, begin, end, picked] : rows) {
+    for (size_t row = 0; row < std::size(rows); ++row) {
+        const auto& [indicators, logic, period, begin, end, picked] = rows[row];
         engine.m_arIndicators = indicators;
         engine.m_cLogic = logic;
         engine.m_nPeriod = period;
         engine.m_lBeginDate = begin;
         engine.m_lEndDate = end;
         EXPECT_EQ(engine.ProcCondPick_Item(kShare), picked ? TRUE : FALSE)
-            << "row " << row++;
+            << "row " << row;
     }
 }
 
