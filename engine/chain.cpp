@@ -41,9 +41,11 @@ const std::vector<WordGroup>& BuiltInChain() {
         {{"FINDHIGH", "FINDLOW"}, &CIndicator::ReadFINDHIGH, nullptr, true, false},
         {{"FORCAL"}, &CIndicator::ReadForCla, nullptr, true, false},
         {{"PLOYLINE", "DRAWLINE", "DRAWKLINE", "STICKLINE", "DRAWICON", "DRAWTEXT", "DRAWBAND",
-          "FILLRGN", "DRAWNULL", "DRAWHITTIP", "DRAWSIGN", "DRAWBMP", "DRAWGBK", "DRAWTEXT_FIX",
+          "FILLRGN", "DRAWNULL", "DRAWHITTIP", "DRAWBMP", "DRAWGBK", "DRAWTEXT_FIX",
           "DRAWTEXT_OFFSET", "DRAWNUMBER"},
-         nullptr, nullptr, true, false},
+         nullptr, &CIndicator::ReadDrawFunc, true, false},
+        // The expert signals' draw command; its expert system is not evaluated yet.
+        {{"DRAWSIGN"}, nullptr, nullptr, true, false},
         {{"WINNER", "COST"}, nullptr, nullptr, true, false},
         {{"ZIG"}, nullptr, nullptr, true, false},
         {{"PEAK", "PEAKBARS", "TROUGH", "TROUGHBARS"}, nullptr, nullptr, true, false},

@@ -24,6 +24,7 @@ namespace ny {
 struct GrammarLevel;
 class FormulaPlan;
 struct PlannedWord;
+class Operand;
 }
 
 // Longest texts the file records can hold (field width minus the terminating zero).
@@ -258,6 +259,25 @@ public:
     // The words of the statements as first read, kept for the next runs of this object.
     std::shared_ptr<ny::FormulaPlan> m_pPlan;
 
+    // Draw commands: each fills its statement's draw fields (docs/drawing.md); DRAWNULL is the
+    // no-value word and works anywhere, the commands only as a statement's whole expression.
+    char ReadDrawFunc(char* word, float* out, short* from, short* to, char permission,
+                      char* isSeries, CExpression* expr);
+    char ReadDrawFunc_PLOYLINE(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWLINE(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWKLINE(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_STICKLINE(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWICON(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWTEXT(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWTEXTFIX(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWTEXTOFFSET(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWNUMBER(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWBAND(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_FILLRGN(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_HITTIP(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_BMP(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_BACKGBK(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+
     // Buffers of the descent, reused across operands, statements and runs of this object.
     ny::SeriesPool m_pool;
 
@@ -280,5 +300,9 @@ private:
     char ReadResolvedWord(ny::PlannedWord& planned, float* out, short* from, short* to, char* flag,
                           char permission, CExpression* expr);
     char ReadFormulaReference(const char* word, float* out, short* from, short* to, char* isSeries);
+    char ReadDrawText(short kind, const ny::Operand& cond, const ny::Operand& lastValue,
+                      short* from, short* to, CExpression* expr);
+    char ReadTextArgument(const ny::Operand& cond, const ny::Operand& lastValue, short* from,
+                          short* to, CExpression* expr);
     void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);
 };

@@ -100,7 +100,7 @@ public:
 };
 
 // Evaluates one expression text alone over the bars and returns the code of CalExp; the value
-// and the range are left in the out parameters.
+// and the range are left in the out parameters. A draw command needs the statement it fills.
 struct Reading {
     char code = 0;
     char isSeries = 0;
@@ -109,7 +109,7 @@ struct Reading {
     std::vector<float> values;
 };
 
-inline Reading ReadValue(CIndicator& ind, const std::string& text) {
+inline Reading ReadValue(CIndicator& ind, const std::string& text, CExpression* expr = nullptr) {
     Reading reading;
     char line[600] = {};
     text.copy(line, std::min<size_t>(text.size(), 520));
@@ -120,7 +120,7 @@ inline Reading ReadValue(CIndicator& ind, const std::string& text) {
     ind.m_nCurTo = ind.m_nDrawEnd;
     reading.isSeries = 1;
     reading.code = ind.CalExp(line, reading.values.data(), &reading.from, &reading.to,
-                              &reading.isSeries, nullptr);
+                              &reading.isSeries, expr);
     return reading;
 }
 

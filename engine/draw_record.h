@@ -1,0 +1,99 @@
+#pragma once
+// Pieces of the draw commands: an argument read into its own buffer with a private copy of the
+// call's range, and the statement fields a command fills for the chart (the layout is in
+// docs/drawing.md). Writes to the statement are bounded by its buffers, so a statement evaluated
+// without AllocMem loses the drawing but never writes past an array.
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "engine/eval_util.h"
+#include "engine/series_pool.h"
+#include "model/indicator.h"
+
+namespace ny {
+
+// Kinds of draw commands in m_nType.
+enum DrawKind : short {
+    kDrawPolyline = 20, kDrawLine = 21, kDrawCandle = 22, kDrawStick = 23, kDrawBand = 24,
+    kDrawIcon = 25, kDrawText = 26, kDrawFixedText = 27, kDrawHitTip = 28, kDrawBitmap = 30,
+    kDrawBackground = 31, kDrawNumber = 33, kDrawRegion = 40
+};
+
+// Longest text a command keeps, in bytes.
+constexpr size_t kDrawTextBytes = 127;
+
+// How a constant argument reaches the bars of a field: on all bars of its range, or bar 0 only.
+enum class SpreadRule { Never, Always, NonZero, NotNegative };
+
+class Operand {
+public:
+    Operand(CIndicator& ind, short from, short to)
+        : m_buffer(ind.m_pool, static_cast<size_t>(std::max<short>(ind.m_nBarCount, 1))),
+          m_count(ind.m_nBarCount), from(from), to(to) {}
+
+    float* values() const { return m_buffer.floats(); }
+    char* truth() const { return m_buffer.bytes(); }
+
+    // The value at bar i: a series as it is; a constant on every bar if the rule spreads it,
+    // else on bar 0 only.
+    float ValueAt(int i, SpreadRule rule) const {
+        if (isSeries) return values()[i];
+        const float c = values()[0];
+        const bool spread = rule == SpreadRule::Always || (rule == SpreadRule::NonZero && c != 0) ||
+                            (rule == SpreadRule::NotNegative && c >= 0);
+        return spread || i == 0 ? c : 0.0f;
+    }
+    // A condition's truth at bar i as 0.0 or 1.0; a constant holds on every bar.
+    float TruthAt(int i) const { return (isSeries ? truth()[i] : truth()[0]) ? 1.0f : 0.0f; }
+    // The value at the first bar of the range, as the buffer holds it there.
+    float AtFirstBar() const { return from >= 0 && from < m_count ? values()[from] : 0.0f; }
+
+private:
+    PooledBuffer m_buffer;
+    short m_count;
+
+public:
+    short from;
+    short to;
+    char isSeries = 0;
+};
+
+class DrawRecord {
+public:
+    explicit DrawRecord(CExpression& expr) : m_expr(expr) {}
+
+    void Set(int bar, int field, float value) {
+        if (m_expr.m_pDrawData != nullptr && bar >= 0 && bar < m_expr.m_nAllocBars)
+            m_expr.m_pDrawData[4 * bar + field] = value;
+    }
+    // The argument's values over bars first..last into one of the four floats per bar.
+    void Fill(int field, const Operand& a, short first, short last, short count, SpreadRule rule) {
+        const BarSpan span(first, last, count);
+        for (int i = span.first; i <= span.last; ++i) Set(i, field, a.ValueAt(i, rule));
+    }
+    void FillTruth(int field, const Operand& a, short first, short last, short count) {
+        const BarSpan span(first, last, count);
+        for (int i = span.first; i <= span.last; ++i) Set(i, field, a.TruthAt(i));
+    }
+
+    template <typename T>
+    void Put(size_t offset, T value) {
+        std::memcpy(m_expr.m_DrawParams + offset, &value, sizeof(T));
+    }
+    // The text, cut at 127 bytes, zero-terminated from the start of the parameters.
+    void PutText(const std::string& text) {
+        std::memset(m_expr.m_DrawParams, 0, sizeof(m_expr.m_DrawParams));
+        text.copy(m_expr.m_DrawParams, std::min(text.size(), kDrawTextBytes));
+    }
+    // The slots carry floats in 32-bit integer fields: the bit pattern is stored.
+    void SetArg(int slot, float value) { std::memcpy(&m_expr.m_lDrawArgs[slot], &value, sizeof(float)); }
+
+    CExpression& expr() { return m_expr; }
+
+private:
+    CExpression& m_expr;
+};
+
+}  // namespace ny
