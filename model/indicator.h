@@ -278,6 +278,14 @@ public:
     char ReadDrawFunc_BMP(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
     char ReadDrawFunc_BACKGBK(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
 
+    // Turning points: the zigzag, its peaks and troughs, and the stop-and-reverse line.
+    char ReadZIG(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadPEAK(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+    char ReadSAR(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
+    // The chip distribution: WINNER and COST.
+    char ReadWINNER(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
     // Buffers of the descent, reused across operands, statements and runs of this object.
     ny::SeriesPool m_pool;
 
