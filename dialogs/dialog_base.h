@@ -40,4 +40,17 @@ namespace ny {
 int ReadDecimal(const CString& text);
 // The number as decimal text.
 CString DecimalText(int value);
+// True for a name that can be a file's title: not empty, no folder part, none of \ / : * ? " < > |.
+bool IsPlainFileName(const CString& name);
+extern const char* const MSG_BAD_FILE_NAME;  // the refusal of a name that IsPlainFileName refuses
+
+// Routes the library's and the engine's own message boxes (g_MyMessageBox) to the dialog's
+// services while it lives.
+class MessageRoute {
+public:
+    explicit MessageRoute(MessageBoxes& boxes);
+    ~MessageRoute();
+    MessageRoute(const MessageRoute&) = delete;
+    MessageRoute& operator=(const MessageRoute&) = delete;
+};
 }  // namespace ny

@@ -13,20 +13,6 @@ namespace {
 
 const char* const kFormulaFilter = "指标文件 (*.dat)|*.dat|所有文件 (*.*)|*.*||";
 
-// Routes the library's own message boxes (those of an import) to the dialog's services while
-// it lives.
-class MessageRoute {
-public:
-    explicit MessageRoute(ny::MessageBoxes& boxes) {
-        g_MySetMessageHook([&boxes](const CString& text, const CString& caption, unsigned) {
-            boxes.Show(text, ny::MessageButtons::Ok, ny::MessageIcon::None, caption);
-            return 1;
-        });
-    }
-    ~MessageRoute() { g_MySetMessageHook(nullptr); }
-    MessageRoute(const MessageRoute&) = delete;
-    MessageRoute& operator=(const MessageRoute&) = delete;
-};
 
 }  // namespace
 
@@ -195,7 +181,7 @@ void CFormulaManagerDialog::OnImportFormula() {
     std::string path;
     if (!m_ui.files->AskOpen(request, &path)) return;
     {
-        MessageRoute route(*m_ui.messages);
+        ny::MessageRoute route(*m_ui.messages);
         if (ny::ImportFormula(path) != ny::ImportStatus::Ok) return;
     }
     FullFormulaCurTab(0, -1);

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "host/quote_table.h"
 #include "host/transport.h"
 #include "model/types.h"
 
@@ -91,6 +92,10 @@ public:
     CChildView();
 
     CClientSocket m_ClientSocket;
+    // The quote table of the view, and whether the view shows it instead of the chart.
+    CQuoteTableView m_QuoteTable;
+    bool m_bShowQuoteTable = false;
+    void SwitchToQuoteTable() { m_bShowQuoteTable = true; }
     // The picker that incoming data are handed to, and the calls that hand over a reply and a
     // failed exchange.
     CCondStocks* m_pCondStocks = nullptr;
