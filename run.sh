@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds what nyind needs (the tool, the sample market, the system formula set) and runs it.
-#   bash run.sh                      MACD of a sample stock and a pick over the sample market
+#   bash run.sh                      MACD of a sample stock as numbers and as a chart
+#                                    (build/chart-demo.png), and a pick over the sample market
 #   bash run.sh ARGUMENTS...         nyind with your own arguments, e.g. bash run.sh funcs MA
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -13,6 +14,10 @@ if [ $# -gt 0 ]; then
 fi
 echo "\$ nyind calc --formula MACD --stock SH600001 --last 10"
 "$nyind" calc --formula MACD --stock SH600001 --last 10
+echo
+echo "\$ nyind chart --formula MACD --stock SH600001 -o build/chart-demo.png"
+"$nyind" chart --formula MACD --stock SH600001 -o build/chart-demo.png
+echo "(the chart is in build/chart-demo.png)"
 echo
 echo "\$ nyind pick --cond MACDJC --cond DTPL:5,10,20"
 "$nyind" pick --cond MACDJC --cond DTPL:5,10,20

@@ -8,16 +8,13 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
-#include "cli/compile.h"
-#include "cli/formula_input.h"
+#include "cli/formula_run.h"
 #include "cli/statement_view.h"
-#include "cli/progress.h"
 #include "cli/stocks.h"
 #include "cli/table.h"
 #include "host/bar_csv.h"
 #include "host/files.h"
 #include "host/stockdb.h"
-#include "picker/pick_request.h"
 
 namespace nyind {
 namespace {
@@ -45,60 +42,32 @@ struct Series {
 };
 
 int LoadSeries(const CalcOptions& options, Series* series) {
+    if (options.bars.empty()) {
+        series->period = PeriodNumber(options.period);
+        series->minute = series->period >= NY_PERIOD_MIN1;
+        if (int status = LoadStockSeries(options.stock, options.period, options.power, &series->stock, &series->bars);
+            status != kExitOk)
+            return status;
+        series->label = ny::FormatStockCode(series->stock->GetID());
+        return kExitOk;
+    }
     if (!options.stock.empty()) {
         if (int status = FindStock(options.stock, &series->stock); status != kExitOk) return status;
         series->label = ny::FormatStockCode(series->stock->GetID());
     }
-    if (!options.bars.empty()) {
-        std::string text;
-        if (!ReadInput(options.bars, &text)) return Fail(kExitRefused, "cannot read " + options.bars);
-        ny::BarCsv csv = ny::ParseBarCsv(text);
-        for (const ny::BarCsvProblem& p : csv.problems)
-            Fail(kExitRefused, options.bars + ":" + std::to_string(p.line) + ": " + p.message);
-        if (!csv.problems.empty()) return kExitRefused;
-        if (csv.bars.empty()) return Fail(kExitRefused, options.bars + ": no bars");
-        series->bars = std::move(csv.bars);
-        series->minute = csv.minute;
-        series->fromCsv = true;
-        series->label = options.bars;
-    } else {
-        series->period = PeriodNumber(options.period);
-        series->minute = series->period >= NY_PERIOD_MIN1;
-        RefreshStock(series->period, series->stock->GetID());
-        if (!ny::LoadStockBars(series->stock->GetID(), series->period, options.power, &series->bars) ||
-            series->bars.empty())
-            return Fail(kExitRefused, "no " + options.period + " bars for " + series->label);
-    }
-    if (series->bars.size() > kMaxBars)
-        series->bars.erase(series->bars.begin(), series->bars.end() - kMaxBars);
+    std::string text;
+    if (!ReadInput(options.bars, &text)) return Fail(kExitRefused, "cannot read " + options.bars);
+    ny::BarCsv csv = ny::ParseBarCsv(text);
+    for (const ny::BarCsvProblem& p : csv.problems)
+        Fail(kExitRefused, options.bars + ":" + std::to_string(p.line) + ": " + p.message);
+    if (!csv.problems.empty()) return kExitRefused;
+    if (csv.bars.empty()) return Fail(kExitRefused, options.bars + ": no bars");
+    if (csv.bars.size() > kMaxBars) csv.bars.erase(csv.bars.begin(), csv.bars.end() - kMaxBars);
+    series->bars = std::move(csv.bars);
+    series->minute = csv.minute;
+    series->fromCsv = true;
+    series->label = options.bars;
     return kExitOk;
-}
-
-int PrepareFormula(const CalcOptions& options, CIndicator* formula) {
-    if (!options.formula.empty()) {
-        CIndicator* found = nullptr;
-        if (int status = FindLibraryFormula(options.formula, options.kind, &found); status != kExitOk) return status;
-        *formula = *found;
-        return ApplyParamValues(options.params, formula);
-    }
-    FormulaInput input{options.source, options.name, options.params};
-    if (int status = LoadFormulaInput(input, formula); status != kExitOk) return status;
-    CString message;
-    if (CompileFormula(*formula, &message).nResult != NY_TEST_OK) return FailGbk(kExitRefused, message);
-    return kExitOk;
-}
-
-void Evaluate(CIndicator& formula, Series& series) {
-    const auto count = static_cast<short>(series.bars.size());
-    formula.m_lStockID = series.stock != nullptr ? series.stock->GetID() : 0;
-    formula.m_nPeriod = series.period;
-    formula.Change();
-    formula.m_pHisDay = series.bars.data();
-    formula.m_nBarCount = count;
-    formula.m_nDrawStart = 0;
-    formula.m_nDrawEnd = count;
-    formula.AllocMem(count);
-    formula.Calc(0, count);
 }
 
 bool HasValue(const CExpression& s, int bar) {
@@ -188,10 +157,12 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
     if (!options.stock.empty())
         if (int status = ConnectServer(global); status != kExitOk) return status;
     CIndicator formula;
-    if (int status = PrepareFormula(options, &formula); status != kExitOk) return status;
+    if (int status = PrepareFormula({options.formula, options.kind, options.source, options.name, options.params}, &formula);
+        status != kExitOk)
+        return status;
     Series series;
     if (int status = LoadSeries(options, &series); status != kExitOk) return status;
-    Evaluate(formula, series);
+    EvaluateOver(formula, series.bars, series.stock != nullptr ? series.stock->GetID() : 0, series.period);
     for (const CExpression* s : formula.m_arExpressions)
         if (s->m_cComputed != 1) Fail(kExitOk, "statement " + StatementHeading(*s) + " could not be computed");
     const int rows = options.last >= 0 ? options.last : options.csv || options.json ? 0 : kDefaultTableRows;

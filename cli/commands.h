@@ -17,6 +17,7 @@ void AddDataCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddQuotesCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddExplainCommand(CLI::App& app, const GlobalOptions& global, int& status);
+void AddChartCommand(CLI::App& app, const GlobalOptions& global, int& status);
 
 // The bar periods by name: day week month quarter year 1min 5min 15min 30min 60min, numbered 1
 // to 10. PeriodNumber gives 0 for another name.

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
     AddPickCommand(app, global, status);
     AddQuotesCommand(app, global, status);
     AddExplainCommand(app, global, status);
+    AddChartCommand(app, global, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
