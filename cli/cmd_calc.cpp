@@ -56,7 +56,7 @@ int LoadSeries(const CalcOptions& options, Series* series) {
         series->label = ny::FormatStockCode(series->stock->GetID());
     }
     std::string text;
-    if (!ReadInput(options.bars, &text)) return Fail(kExitRefused, "cannot read " + options.bars);
+    if (int status = ReadInput(options.bars, &text, ny::kMaxBarCsvBytes); status != kExitOk) return status;
     ny::BarCsv csv = ny::ParseBarCsv(text);
     for (const ny::BarCsvProblem& p : csv.problems)
         Fail(kExitRefused, options.bars + ":" + std::to_string(p.line) + ": " + p.message);
@@ -144,6 +144,24 @@ void PrintJson(const CIndicator& formula, const Series& series, int firstRow) {
     std::cout << out.dump(2) << "\n";
 }
 
+// Names each statement that could not be computed, with the evaluator's code. Returns kExitRefused
+// when one of the statements shown failed.
+int ReportFailedStatements(const CIndicator& formula, const CalcOptions& options) {
+    const std::vector<const CExpression*> shown = ShownStatements(formula, options.all);
+    int status = kExitOk;
+    int number = 0;
+    for (const CExpression* s : formula.m_arExpressions) {
+        ++number;
+        if (s->m_cComputed == 1) continue;
+        const bool requested = std::find(shown.begin(), shown.end(), s) != shown.end();
+        Fail(kExitOk, "statement " + std::to_string(number) + " (" + StatementHeading(*s) + ": " +
+                          ToTerminal(s->m_strText) + ") could not be computed: evaluator code " +
+                          std::to_string(s->m_cFailCode));
+        if (requested) status = kExitRefused;
+    }
+    return status;
+}
+
 int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
     if (options.formula.empty() == options.source.empty())
         return Fail(kExitUsage, "calc: give either --formula NAME or --source FILE");
@@ -163,8 +181,6 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
     Series series;
     if (int status = LoadSeries(options, &series); status != kExitOk) return status;
     EvaluateOver(formula, series.bars, series.stock != nullptr ? series.stock->GetID() : 0, series.period);
-    for (const CExpression* s : formula.m_arExpressions)
-        if (s->m_cComputed != 1) Fail(kExitOk, "statement " + StatementHeading(*s) + " could not be computed");
     const int rows = options.last >= 0 ? options.last : options.csv || options.json ? 0 : kDefaultTableRows;
     const int total = static_cast<int>(series.bars.size());
     const int firstRow = rows == 0 ? 0 : std::max(0, total - rows);
@@ -172,7 +188,7 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
         PrintJson(formula, series, firstRow);
     else
         PrintTable(formula, series, firstRow, options);
-    return kExitOk;
+    return ReportFailedStatements(formula, options);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // nyind data import: the user's own bars into the installation, from CSV.
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -54,17 +56,42 @@ int CheckNewStock(const ImportOptions& options) {
     return kExitOk;
 }
 
-// Adds the stock to the stock list under --name, keeping every line that is there. Returns an
-// exit status.
-int AddToStockList(int id, const ImportOptions& options) {
+// The stock list with the new stock under --name behind every line that is there. A list that is
+// present but can't be read is refused: writing only the new line would lose the others.
+int ExtendStockList(int id, const ImportOptions& options, std::string* list) {
+    const std::string path = ny::StockListPath();
+    std::string error;
+    if (!ny::ReadWholeFile(path, list, &error)) {
+        if (::access(path.c_str(), F_OK) == 0)
+            return Fail(kExitRefused, ToTerminal(error) + ": nothing imported, the stock list is left as it is");
+        *list = "code,name,pinyin,kind,capital,total_capital\n";
+    }
     const std::string pinyin = options.pinyin.empty() ? NameInitials(ny::Utf8ToGbk(options.name)) : options.pinyin;
-    std::string list;
-    if (!ny::ReadWholeFile(ny::StockListPath(), &list)) list = "code,name,pinyin,kind,capital,total_capital\n";
-    if (!list.empty() && list.back() != '\n') list += '\n';
-    list += ny::FormatStockCode(id) + "," + options.name + "," + pinyin + "," + options.kind + "\n";
-    if (!ny::WriteFileAtomic(ny::StockListPath(), list)) return Fail(kExitRefused, "cannot write " + ny::StockListPath());
-    std::cout << "added " << ny::FormatStockCode(id) << " " << options.name << " to the stock list\n";
+    if (!list->empty() && list->back() != '\n') *list += '\n';
+    *list += ny::FormatStockCode(id) + "," + options.name + "," + pinyin + "," + options.kind + "\n";
     return kExitOk;
+}
+
+// The bars to store: the imported ones merged into the stored ones by their stamp, or the imported
+// ones alone when asked to replace (and for the day's 1-minute file, which holds one day). Stored
+// bars that can't be read completely are refused rather than replaced by the import.
+int BarsToStore(const std::string& path, BarKind kind, const ny::BarCsv& csv, const ImportOptions& options,
+                std::vector<CHisDay>* bars) {
+    if (options.replace || kind == BarKind::Min1) {
+        *bars = csv.bars;
+        return kExitOk;
+    }
+    std::vector<CHisDay> stored;
+    std::string damage;
+    if (ny::ReadBars(path, kind != BarKind::Day, &stored, &damage) == ny::MarketFileState::Damaged)
+        return Fail(kExitRefused, damage + ": nothing imported; repair the file, or give --replace to overwrite it");
+    *bars = ny::MergeBars(stored, csv.bars);
+    return kExitOk;
+}
+
+int WriteOrFail(const std::string& path, const std::string& bytes) {
+    std::string error;
+    return ny::WriteFileAtomic(path, bytes, &error) ? kExitOk : Fail(kExitRefused, error);
 }
 
 int CheckRows(const ny::BarCsv& csv, BarKind kind, const std::string& file) {
@@ -88,7 +115,7 @@ int RunImport(const ImportOptions& options, const GlobalOptions& global) {
     const BarKind kind = !options.day.empty() ? BarKind::Day : !options.min5.empty() ? BarKind::Min5 : BarKind::Min1;
     const std::string& file = kind == BarKind::Day ? options.day : kind == BarKind::Min5 ? options.min5 : options.min1;
     std::string text;
-    if (!ReadInput(file, &text)) return Fail(kExitRefused, "cannot read " + file);
+    if (int status = ReadInput(file, &text, ny::kMaxBarCsvBytes); status != kExitOk) return status;
     const ny::BarCsv csv = ny::ParseBarCsv(text);
     for (const ny::BarCsvProblem& p : csv.problems) Fail(kExitRefused, file + ":" + std::to_string(p.line) + ": " + p.message);
     if (!csv.problems.empty()) return Fail(kExitRefused, "nothing imported");
@@ -100,18 +127,24 @@ int RunImport(const ImportOptions& options, const GlobalOptions& global) {
                              : kind == BarKind::Min5 ? target.GetMin5FilePath()
                                                      : target.GetMinuteFilePath();
     const bool listed = g_MyGetStock(id) != nullptr;
-    const std::vector<CHisDay> bars = options.replace || kind == BarKind::Min1
-                                          ? csv.bars
-                                          : ny::MergeBars(ny::ReadBarFile(path), csv.bars);
+    std::string list;
     if (!listed) {
         if (int status = CheckNewStock(options); status != kExitOk) return status;
+        if (int status = LockForChange(ny::StockListPath()); status != kExitOk) return status;
+        if (int status = ExtendStockList(id, options, &list); status != kExitOk) return status;
     }
-    if (!ny::WriteFileAtomic(path, ny::EncodeBars(bars))) return Fail(kExitRefused, "cannot write " + path);
+    if (int status = LockForChange(path); status != kExitOk) return status;
+    std::vector<CHisDay> bars;
+    if (int status = BarsToStore(path, kind, csv, options, &bars); status != kExitOk) return status;
+    if (int status = WriteOrFail(path, ny::EncodeBars(bars)); status != kExitOk) return status;
     const bool minute = kind != BarKind::Day;
     std::cout << ny::FormatStockCode(id) << ": " << csv.bars.size() << " bars imported ("
               << BarTimeText(csv.bars.front().m_lTime, minute) << " to " << BarTimeText(csv.bars.back().m_lTime, minute)
               << "), " << bars.size() << " in " << path << "\n";
-    return listed ? kExitOk : AddToStockList(id, options);
+    if (listed) return kExitOk;
+    if (int status = WriteOrFail(ny::StockListPath(), list); status != kExitOk) return status;
+    std::cout << "added " << ny::FormatStockCode(id) << " " << options.name << " to the stock list\n";
+    return kExitOk;
 }
 
 }  // namespace

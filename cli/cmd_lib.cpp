@@ -13,6 +13,7 @@
 #include "cli/commands.h"
 #include "cli/compile.h"
 #include "cli/explain.h"
+#include "cli/formula_input.h"
 #include "cli/statement_view.h"
 #include "cli/table.h"
 #include "dialogs/formula_dialog.h"
@@ -148,20 +149,23 @@ int RunExport(const NamedOptions& options, const GlobalOptions& global) {
     if (int status = FindLibraryFormula(options.name, options.kind, &f); status != kExitOk) return status;
     if (!f->m_IsEditable) return FailGbk(kExitRefused, kNotEditable);
     if (int status = CheckPassword(*f, options.password); status != kExitOk) return status;
-    if (!ny::ExportFormula(*f, options.file)) return Fail(kExitRefused, "cannot write " + options.file);
+    if (ny::IsLibraryFile(options.file))
+        return Fail(kExitRefused, options.file + " is a file of the formula library: export to another file");
+    std::string error;
+    if (!ny::ExportFormula(*f, options.file, &error)) return Fail(kExitRefused, ToTerminal(error));
     std::cout << "exported " << ToTerminal(f->m_strName) << " to " << options.file << "\n";
     return kExitOk;
 }
 
 int RunImport(const NamedOptions& options, const GlobalOptions& global) {
-    if (int status = OpenHome(global, false); status != kExitOk) return status;
+    if (int status = OpenHome(global, false, LibraryUse::Change); status != kExitOk) return status;
     const std::set<CIndicator*> before(g_MyIndicatorArray.begin(), g_MyIndicatorArray.end());
     int added = 0;
     const ny::ImportStatus result = ny::ImportFormula(options.file, &added);
     if (result == ny::ImportStatus::CannotOpen) return Fail(kExitRefused, "cannot open " + options.file);
     for (const CString& message : TakeMessages()) FailGbk(kExitRefused, message);
     if (result != ny::ImportStatus::Ok || added == 0) return kExitRefused;
-    g_MySaveIndicator();
+    if (int status = SaveLibrary(); status != kExitOk) return status;
     for (const CIndicator* f : g_MyIndicatorArray)
         if (before.count(const_cast<CIndicator*>(f)) == 0)
             std::cout << "imported " << ToTerminal(f->m_strName) << " (" << ToTerminal(ny::KindLabel(f->m_MainType)) << ")\n";
@@ -169,14 +173,14 @@ int RunImport(const NamedOptions& options, const GlobalOptions& global) {
 }
 
 int RunRemove(const NamedOptions& options, const GlobalOptions& global) {
-    if (int status = OpenHome(global, false); status != kExitOk) return status;
+    if (int status = OpenHome(global, false, LibraryUse::Change); status != kExitOk) return status;
     CIndicator* f = nullptr;
     if (int status = FindLibraryFormula(options.name, options.kind, &f); status != kExitOk) return status;
     if (IsSystem(*f)) return FailGbk(kExitRefused, kSystemFormula);
     if (int status = CheckPassword(*f, options.password); status != kExitOk) return status;
     const std::string name = ToTerminal(f->m_strName);
     g_MyRemoveIndicatorByPos(f->m_strName, f->m_MainType);
-    g_MySaveIndicator();
+    if (int status = SaveLibrary(); status != kExitOk) return status;
     std::cout << "removed " << name << "\n";
     return kExitOk;
 }
@@ -184,7 +188,7 @@ int RunRemove(const NamedOptions& options, const GlobalOptions& global) {
 // Reads and tests one readable source. Returns an exit status; messages name the file.
 int CompileSourceFile(const std::string& path, CIndicator* f) {
     std::string text;
-    if (!ReadInput(path, &text)) return Fail(kExitRefused, "cannot read " + path);
+    if (int status = ReadInput(path, &text, kMaxFormulaFileBytes); status != kExitOk) return status;
     ny::FormulaSourceError error;
     if (!ny::ParseFormulaSource(text, f, &error))
         return Fail(kExitRefused, path + ":" + std::to_string(error.line) + ": " + ToTerminal(error.message));
@@ -194,7 +198,7 @@ int CompileSourceFile(const std::string& path, CIndicator* f) {
 }
 
 int RunAdd(const NamedOptions& options, const GlobalOptions& global) {
-    if (int status = OpenHome(global, false); status != kExitOk) return status;
+    if (int status = OpenHome(global, false, LibraryUse::Change); status != kExitOk) return status;
     auto f = std::make_unique<CIndicator>();
     if (int status = CompileSourceFile(options.file, f.get()); status != kExitOk) return status;
     if (g_MyGetIndicator(f->m_strName, f->m_MainType) != nullptr) {
@@ -205,7 +209,7 @@ int RunAdd(const NamedOptions& options, const GlobalOptions& global) {
     g_MyMakeIndicatorPY(f.get());
     const std::string name = ToTerminal(f->m_strName);
     g_MyAddIndicator(f.release());
-    g_MySaveIndicator();
+    if (int status = SaveLibrary(); status != kExitOk) return status;
     std::cout << "added " << name << "\n";
     return kExitOk;
 }
@@ -252,11 +256,12 @@ struct SystemSet {
 
 int WriteSystemSet(const std::string& folder, const SystemSet& set) {
     const std::string path = folder + "/" + set.file;
+    std::string error;
     const bool written = ny::WriteFileAtomically(path, [&](CBinStream& stream) {
         ny::WriteFormulaHeader(stream, 0, static_cast<short>(set.formulas.size()));
         for (const CIndicator* f : set.formulas) f->Save(stream, set.bLong);
-    });
-    if (!written) return Fail(kExitRefused, "cannot write " + path);
+    }, &error);
+    if (!written) return Fail(kExitRefused, ToTerminal(error));
     std::cout << "built " << set.formulas.size() << " formulas into " << path << "\n";
     return kExitOk;
 }

@@ -192,7 +192,8 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
         Fail(kExitOk, "stopped after " + std::to_string(outcome.examined) + " of " + std::to_string(outcome.total) +
                           " stocks; the stocks found so far:");
     PrintOutcome(outcome, options, ConditionLabels(request, options));
-    return kExitOk;
+    // The picked stocks are shown; a block that could not be stored is still a failure.
+    return outcome.message.empty() ? kExitOk : FailGbk(kExitRefused, outcome.message);
 }
 
 }  // namespace
@@ -208,10 +209,15 @@ void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     command->add_flag("--or", options->orMode, "Any condition may hold")->excludes(andFlag);
     auto* scope = command->add_option("--scope", options->scope, "all (Shanghai and Shenzhen A shares), sh or sz")
                       ->check(CLI::IsMember({"all", "sh", "sz"}));
-    auto* block = command->add_option("--block", options->block, "The stocks of a block: CATEGORY/NAME")->excludes(scope);
+    // An empty scope is a mistake of the command line, not a wish to pick over the whole market.
+    const auto notEmpty = [](const std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); };
+    auto* block = command->add_option("--block", options->block, "The stocks of a block: CATEGORY/NAME")
+                      ->excludes(scope)
+                      ->check(notEmpty);
     command->add_option("--codes", options->codes, "The stocks of a list: SH600001,SZ000002,...")
         ->excludes(scope)
-        ->excludes(block);
+        ->excludes(block)
+        ->check(notEmpty);
     command->add_option("--rules", options->rules,
                         "Conditions and AND/OR of a stored rule file (FILE.ast); --cond adds further ones");
     command->add_option("--save-rules", options->saveRules, "Store the conditions and AND/OR as a rule file (FILE.ast)");

@@ -4,20 +4,20 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <sstream>
+#include <memory>
 
 #include "catalog/function_manager.h"
 #include "host/clock.h"
 #include "host/comm_data.h"
 #include "host/encoding.h"
+#include "host/files.h"
 #include "host/global.h"
 #include "host/ini.h"
 #include "host/installation.h"
 #include "model/library.h"
 #include "net/asio_transport.h"
+#include "platform/file_system.h"
 
 namespace nyind {
 namespace {
@@ -32,8 +32,15 @@ bool IsDirectory(const std::string& path) {
     return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// The market closes at 15:00: a run on the installation's trading date sees the whole day.
-constexpr int kCloseTime = 150000;
+// The locks this run holds on shared files, released by CloseHome.
+std::vector<std::unique_ptr<ny::FileLock>>& HeldLocks() {
+    static std::vector<std::unique_ptr<ny::FileLock>> locks;
+    return locks;
+}
+
+// Half an hour after the close at 15:00: a run on the installation's trading date sees the whole
+// day, and a minute-based pick, refused while the market trades, may run.
+constexpr int kAfterCloseTime = 153000;
 
 }  // namespace
 
@@ -43,7 +50,7 @@ std::string HomeDirectory(const GlobalOptions& options) {
     return NY_DEFAULT_HOME;
 }
 
-int OpenHome(const GlobalOptions& options, bool needMarket) {
+int OpenHome(const GlobalOptions& options, bool needMarket, LibraryUse use) {
     g_MySetMessageHook([](const CString& text, const CString&, unsigned) {
         PendingMessages().push_back(text);
         return 1;
@@ -53,12 +60,15 @@ int OpenHome(const GlobalOptions& options, bool needMarket) {
     const std::string home = HomeDirectory(options);
     if (!IsDirectory(home)) return Fail(kExitUsage, "no installation directory at " + home);
     const bool market = ny::OpenInstallation(home);
-    if (options.clock.empty() && !options.now) CClockModule::SetClock(g_MyCurTradeDate, kCloseTime);
+    if (options.clock.empty() && !options.now) CClockModule::SetClock(g_MyCurTradeDate, kAfterCloseTime);
     if (needMarket && !market) return Fail(kExitRefused, "no stock list in " + home + " (data/stocks.csv)");
     static bool catalogLoaded = false;
     if (!catalogLoaded) {
         g_MyFunsMng.LoadFun();
         catalogLoaded = true;
+    }
+    if (use == LibraryUse::Change) {
+        if (int status = LockForChange(g_MyGetFilePath(NY_FILE_USER_SET)); status != kExitOk) return status;
     }
     g_MyInitIndicator();
     for (const CString& message : TakeMessages()) FailGbk(kExitRefused, message);
@@ -77,10 +87,25 @@ int ConnectServer(const GlobalOptions& options) {
     return kExitOk;
 }
 
+int SaveLibrary() {
+    std::string error;
+    return ny::SaveUserFormulas(&error) ? kExitOk : Fail(kExitRefused, "not saved: " + ToTerminal(error));
+}
+
+int LockForChange(const std::string& path) {
+    auto lock = std::make_unique<ny::FileLock>();
+    std::string error;
+    if (!lock->Acquire(path, ny::kFileLockTimeoutMs, &error))
+        return Fail(kExitRefused, ToTerminal(error) + "; nothing was changed");
+    HeldLocks().push_back(std::move(lock));
+    return kExitOk;
+}
+
 void CloseHome() {
     g_MyChildView->m_ClientSocket.SetTransport(nullptr);
     g_MyRemoveIndicators();
     ny::CloseInstallation();
+    HeldLocks().clear();
 }
 
 std::string ToTerminal(const CString& gbk) {
@@ -105,17 +130,19 @@ std::vector<CString> TakeMessages() {
     return messages;
 }
 
-bool ReadInput(const std::string& path, std::string* bytes) {
-    if (path == "-") {
-        std::ostringstream in;
-        in << std::cin.rdbuf();
-        *bytes = in.str();
-        return true;
+int ReadInput(const std::string& path, std::string* bytes, size_t maxBytes) {
+    if (path != "-") {
+        std::string error;
+        return ny::ReadWholeFile(path, bytes, &error, maxBytes) ? kExitOk : Fail(kExitRefused, ToTerminal(error));
     }
-    std::ifstream file(path, std::ios::binary);
-    if (!file || IsDirectory(path)) return false;
-    bytes->assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    return !file.bad();
+    bytes->clear();
+    char buffer[65536];
+    while (std::cin.read(buffer, sizeof buffer) || std::cin.gcount() > 0) {
+        bytes->append(buffer, static_cast<size_t>(std::cin.gcount()));
+        if (bytes->size() > maxBytes)
+            return Fail(kExitRefused, "standard input is longer than " + std::to_string(maxBytes) + " bytes");
+    }
+    return kExitOk;
 }
 
 std::vector<std::string> SplitList(const std::string& text, char separator) {

@@ -2,6 +2,8 @@
 // What every subcommand of nyind shares: the installation it works on, the clock, the exit
 // statuses, and the edge between the GBK text inside the system and the UTF-8 of the terminal.
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -26,10 +28,22 @@ struct GlobalOptions {
 // The installation directory that the options select.
 std::string HomeDirectory(const GlobalOptions& options);
 
+// Whether a command only reads the formula library or changes and saves it.
+enum class LibraryUse { Read, Change };
+
 // Sets the clock, opens the installation (stock list, quotes), fills the function catalog and
 // loads the formula library. Messages the library shows go to stderr. With needMarket a missing
-// stock list is refused. Returns an exit status; kExitOk when ready.
-int OpenHome(const GlobalOptions& options, bool needMarket);
+// stock list is refused. A command that changes the library first takes the lock of the user's
+// file and keeps it until CloseHome, so that no other process changes the file between this
+// read and the save. Returns an exit status; kExitOk when ready.
+int OpenHome(const GlobalOptions& options, bool needMarket, LibraryUse use = LibraryUse::Read);
+
+// Saves the user's formulas; a refusal or a failed write is reported. Returns an exit status.
+int SaveLibrary();
+
+// Takes the lock of a shared file of the installation for a read-modify-write, held until
+// CloseHome. A lock that can't be had in a few seconds is reported. Returns an exit status.
+int LockForChange(const std::string& path);
 
 // Links the chart view's client socket to the quote server that the options or the
 // installation's settings ([Server] Address= in config_main.ini) name, so that picks and single
@@ -52,8 +66,10 @@ int FailGbk(int status, const CString& gbk);
 // The messages the library showed since the last call, forgotten afterwards (GBK).
 std::vector<CString> TakeMessages();
 
-// Reads a file, or standard input for "-". False if it can't be read.
-bool ReadInput(const std::string& path, std::string* bytes);
+// Reads a file, or standard input for "-", of at most maxBytes. A file that can't be read, is not
+// a regular file (a folder, a FIFO, a device) or is longer is refused with a message naming it,
+// without reading it whole. Returns an exit status.
+int ReadInput(const std::string& path, std::string* bytes, size_t maxBytes = SIZE_MAX);
 
 // The pieces of a list separated by `separator`; an empty text gives one empty piece.
 std::vector<std::string> SplitList(const std::string& text, char separator);

@@ -66,7 +66,7 @@ int ApplyParamValues(const std::vector<std::string>& values, CIndicator* formula
 
 int LoadFormulaInput(const FormulaInput& input, CIndicator* formula) {
     std::string text;
-    if (!ReadInput(input.path, &text)) return Fail(kExitRefused, "cannot read " + input.path);
+    if (int status = ReadInput(input.path, &text, kMaxFormulaFileBytes); status != kExitOk) return status;
     if (EndsWith(input.path, ".fml")) {
         ny::FormulaSourceError error;
         if (!ny::ParseFormulaSource(text, formula, &error))

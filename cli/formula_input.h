@@ -15,6 +15,10 @@ struct FormulaInput {
     std::vector<std::string> params;  // --param NAME=VALUE
 };
 
+// The longest formula text or readable formula file read: room for every field of a formula
+// record (a source of 10,240 bytes, usage, template, parameters) written out as text.
+constexpr size_t kMaxFormulaFileBytes = 64 * 1024;
+
 // Fills a fresh `formula` from the input: a *.fml file gives the whole definition, other text
 // is the source, with one parameter per --param (its value as default, any value allowed).
 // Returns an exit status.

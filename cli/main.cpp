@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
     app.add_option("--home", global.home,
                    "Installation directory (default: $NYIND_HOME, else the embedded sample installation)");
     auto* clock = app.add_option("--clock", global.clock,
-                                 "Fix the clock, e.g. \"2021-06-30 14:30\" (default: the installation's trading date, 15:00)");
+                                 "Fix the clock, e.g. \"2021-06-30 14:30\" (default: the installation's trading date, 15:30)");
     app.add_flag("--now", global.now, "Follow the system clock")->excludes(clock);
     app.add_option("--server", global.server,
                    "Quote server to refresh from, HOST:PORT, or none (default: [Server] Address in config_main.ini)");

@@ -68,7 +68,8 @@ void CIndicator::EvaluateStatement(CExpression& expr, char* line, float* result,
     if (bars > 0) std::memset(expr.m_pData, 0, sizeof(float) * bars);
 
     char flag = 1;
-    if (ReadLine(line, result, from, to, &flag, &expr, true) != 0) {
+    expr.m_cFailCode = static_cast<unsigned char>(ReadLine(line, result, from, to, &flag, &expr, true));
+    if (expr.m_cFailCode != 0) {
         expr.m_cComputed = 0;
         return;
     }

@@ -23,6 +23,9 @@ struct BarCsv {
     std::vector<BarCsvProblem> problems;
 };
 
+// The longest CSV file of bars read: far more rows than the 32,767 bars of an evaluation.
+constexpr size_t kMaxBarCsvBytes = 64 * 1024 * 1024;
+
 // Reads all rows. A row that can't be a bar (wrong number of fields, a date or number that
 // doesn't read, a day that doesn't exist, prices that contradict each other, a negative volume,
 // a time out of order with the row before, day and minute rows mixed, a minute date beyond what

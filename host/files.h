@@ -3,6 +3,7 @@
 // atomic writes, and the list of problems found while reading the installation's files.
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,22 +11,48 @@
 
 namespace ny {
 
-// Reads the whole file into bytes. False if it can't be opened or read.
-bool ReadWholeFile(const std::string& path, std::string* bytes);
+// Reads the whole file into bytes. False if it can't be opened or read, if it is not a regular
+// file (a folder, a FIFO or a device is refused without waiting on it or reading it), or if it
+// is longer than maxBytes; `error`, if given, then says which.
+bool ReadWholeFile(const std::string& path, std::string* bytes, std::string* error = nullptr,
+                   size_t maxBytes = SIZE_MAX);
 
-// Writes bytes to a temporary file beside path and renames it over path, so that a crash
-// mid-write leaves either the old file or the new one. Creates missing folders. With flushToDisk
-// the bytes reach the disk before the rename (what a user's file needs; a generator writing
-// thousands of files may skip it). False on failure.
-bool WriteFileAtomic(const std::string& path, const std::string& bytes, bool flushToDisk = true);
+// The careful writer of every file the system owns. Writes bytes to a new temporary file beside
+// path (a unique name, created exclusively, never through a symlink), flushes it to the disk,
+// renames it over path and flushes the folder, so that a crash mid-write leaves either the old
+// file or the new one and a failure leaves the old one. Creates missing folders. A generator
+// writing thousands of files may skip the flushes (flushToDisk false). False on any failure, with
+// a sentence naming the file and the cause in `error` if given. The system calls go through
+// FileSystem() (platform/file_system.h), which tests replace to inject faults.
+bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::string* error = nullptr,
+                     bool flushToDisk = true);
 
 // Reads a file of fixed-size records: whole records only. A length that is not a multiple of the
 // record size is noted as a problem and the trailing bytes are ignored. False if the file can't
 // be read.
 bool ReadRecordFile(const std::string& path, size_t recordSize, std::string* bytes, size_t* count);
 
-// The bars of a file of 40-byte CHisDay records; empty if the file is missing or holds no whole
-// record.
+// What a reader made of a market file of records.
+enum class MarketFileState {
+    Missing,  // there is no such file: no records
+    Whole,    // every record was read and is sound
+    Damaged,  // present, but unreadable, not a regular file, cut short, or with impossible records
+};
+
+// The first impossible bar, as "record N: what" (N from 1), or empty if all are sound: a date that
+// is no calendar day (minute bars: a YYMMDDHHMM stamp with no such day or time of day), an open,
+// high, low or close that is not a number or negative, a high below the low, or a volume or
+// amount that is not a number or negative.
+std::string FindBarDamage(const CHisDay* bars, size_t count, bool minute);
+
+// Reads a file of 40-byte CHisDay records. A damaged file is reported as a problem of the
+// installation with its path and the record, and the same text goes to `damage` if given; `bars`
+// then holds the whole records read.
+MarketFileState ReadBars(const std::string& path, bool minute, std::vector<CHisDay>* bars,
+                         std::string* damage = nullptr);
+
+// The bars of a file of 40-byte CHisDay records, as ReadBars reads them; empty if the file is
+// missing or holds no whole record.
 std::vector<CHisDay> ReadBarFile(const std::string& path);
 // The 40-byte little-endian form of bars, as stored in bar files.
 std::string EncodeBars(const std::vector<CHisDay>& bars);

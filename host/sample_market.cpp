@@ -529,9 +529,7 @@ std::string Generator::QuoteLine(const Instrument& item) {
 }
 
 bool Generator::Write(const std::string& relative, const std::string& bytes, std::string* error) {
-    if (WriteFileAtomic(m_dir + relative, bytes, false)) return true;
-    *error = "can't write " + m_dir + relative;
-    return false;
+    return WriteFileAtomic(m_dir + relative, bytes, error, false);
 }
 
 // The path of a stock file relative to the installation.

@@ -59,6 +59,7 @@ void CExpression::Change() {
     m_nEnd = 0;
     m_cIsSeries = 0;
     m_cComputed = 0;
+    m_cFailCode = 0;
     if (m_nAllocBars > 0) {
         if (m_pData != nullptr) std::memset(m_pData, 0, sizeof(float) * m_nAllocBars);
         if (m_pDrawData != nullptr) std::memset(m_pDrawData, 0, sizeof(float) * m_nAllocBars * 4);

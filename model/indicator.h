@@ -102,6 +102,7 @@ public:
     short m_nEnd = 0;
     char m_cIsSeries = 0;
     char m_cComputed = 0;
+    unsigned char m_cFailCode = 0;  // the evaluator's code of the last run that failed, else 0
     float* m_pData = nullptr;      // m_nAllocBars values
     short m_nAllocBars = 0;
     float* m_pDrawData = nullptr;  // 4 floats per bar for draw commands

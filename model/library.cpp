@@ -1,8 +1,12 @@
 #include "model/library.h"
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
+#include "host/files.h"
 #include "host/global.h"
 #include "model/file_stream.h"
 #include "model/formula_file.h"
@@ -93,23 +97,75 @@ std::vector<SetFile> StartFiles() {
     return files;
 }
 
-// Reads one file of the start sequence. False if its magic is wrong: the sequence stops there.
-bool LoadSetFile(const SetFile& file) {
-    ny::FileStream stream;
-    if (!stream.Open(file.path, ny::FileStream::Mode::Read)) return true;
-    if (stream.GetLength() <= file.minimumLength) return true;
-    const ny::FormulaFileHeader header = ny::ReadFormulaHeader(stream);
-    if (!header.magicOk) {
-        g_MyMessageBox(ny::MSG_INIT_BAD_FILE);
-        return false;
-    }
+// What became of the user's file at the last start of the library.
+ny::UserFileStatus& UserStatus() {
+    static ny::UserFileStatus status;
+    return status;
+}
+
+// Notes that the user's file could not be read completely, and why.
+void MarkUserFileIncomplete(const CString& problem) {
+    UserStatus().complete = false;
+    UserStatus().problem = problem;
+}
+
+// Reads the records a header counts. Returns how many were read whole.
+int LoadRecords(ny::MemoryStream& stream, short count, const SetFile& file) {
+    int loaded = 0;
     // A count that runs past the end of the file stops at the end of the file.
-    for (short i = 0; i < header.count && stream.Remaining() > 0; ++i) {
+    for (short i = 0; i < count && stream.Remaining() > 0; ++i) {
         CIndicator* formula = new CIndicator;
         formula->Load(stream, file.bLong);
         if (file.apply != nullptr) file.apply(*formula);
         AdoptOrDrop(formula);
+        if (!stream.ShortRead()) ++loaded;
     }
+    return loaded;
+}
+
+// Checks that the user's file was read to its end and holds what its header counts.
+void CheckUserFileRead(const ny::MemoryStream& stream, short count, int loaded) {
+    if (count < 0)
+        MarkUserFileIncomplete("its header counts " + std::to_string(count) + " formulas");
+    else if (loaded < count)
+        MarkUserFileIncomplete("it holds " + std::to_string(loaded) + " whole formulas of the " +
+                               std::to_string(count) + " its header counts");
+    else if (stream.Remaining() > 0)
+        MarkUserFileIncomplete("it has " + std::to_string(stream.Remaining()) + " bytes behind the " +
+                               std::to_string(count) + " formulas its header counts");
+}
+
+bool IsUserFile(const SetFile& file) { return file.minimumLength >= 0; }
+
+// A user's file too short to be read at all is whole only when it is empty or an empty set.
+void CheckShortUserFile(ny::MemoryStream& stream) {
+    if (stream.GetLength() == 0) return;
+    const ny::FormulaFileHeader header = ny::ReadFormulaHeader(stream);
+    if (!header.magicOk || header.count != 0 || stream.Remaining() != 0)
+        MarkUserFileIncomplete("it holds " + std::to_string(stream.GetLength()) +
+                               " bytes, too few for the formulas of its header");
+}
+
+// Reads one file of the start sequence. False if its magic is wrong: the sequence stops there.
+bool LoadSetFile(const SetFile& file) {
+    std::string bytes, error;
+    if (!ny::ReadWholeFile(file.path, &bytes, &error)) {
+        if (IsUserFile(file) && ::access(file.path.c_str(), F_OK) == 0) MarkUserFileIncomplete(error);
+        return true;
+    }
+    ny::MemoryStream stream(std::vector<unsigned char>(bytes.begin(), bytes.end()));
+    if (stream.GetLength() <= file.minimumLength) {
+        CheckShortUserFile(stream);
+        return true;
+    }
+    const ny::FormulaFileHeader header = ny::ReadFormulaHeader(stream);
+    if (!header.magicOk) {
+        if (IsUserFile(file)) MarkUserFileIncomplete("its header is not that of a formula file");
+        g_MyMessageBox(ny::MSG_INIT_BAD_FILE);
+        return false;
+    }
+    const int loaded = LoadRecords(stream, header.count, file);
+    if (IsUserFile(file)) CheckUserFileRead(stream, header.count, loaded);
     return true;
 }
 
@@ -157,21 +213,18 @@ void g_MyRemoveIndicators() {
 void g_MyInitIndicator() {
     // A second start replaces the library rather than leaking it.
     g_MyRemoveIndicators();
-    for (const SetFile& file : StartFiles())
-        if (!LoadSetFile(file)) return;
+    UserStatus() = {};
+    for (const SetFile& file : StartFiles()) {
+        if (LoadSetFile(file)) continue;
+        // The sequence stopped before the user's file: whatever it holds was not read.
+        const CString user = g_MyGetFilePath(NY_FILE_USER_SET);
+        if (file.path != user && ::access(user.c_str(), F_OK) == 0)
+            MarkUserFileIncomplete("it was not read, because " + file.path + " is not a formula file");
+        return;
+    }
 }
 
-void g_MySaveIndicator() {
-    std::vector<const CIndicator*> formulas;
-    for (const CIndicator* formula : g_MyIndicatorArray)
-        if (IsUserFormula(*formula)) formulas.push_back(formula);
-    // The header counts in 16 bits; the file holds exactly the records it counts.
-    if (formulas.size() > 32767) formulas.resize(32767);
-    ny::WriteFileAtomically(g_MyGetFilePath(NY_FILE_USER_SET), [&](CBinStream& stream) {
-        ny::WriteFormulaHeader(stream, 0, static_cast<short>(formulas.size()));
-        for (const CIndicator* formula : formulas) formula->Save(stream, TRUE);
-    });
-}
+void g_MySaveIndicator() { ny::SaveUserFormulas(nullptr); }
 
 namespace ny {
 
@@ -195,17 +248,50 @@ short g_MyGetIndicatorType(const CString& label) {
 
 namespace ny {
 
-bool ExportFormula(const CIndicator& formula, const CString& path) {
+const UserFileStatus& UserFileLoadStatus() { return UserStatus(); }
+
+bool SaveUserFormulas(std::string* error) {
+    const CString path = g_MyGetFilePath(NY_FILE_USER_SET);
+    if (!UserStatus().complete) {
+        if (error != nullptr)
+            *error = path + " was not read completely (" + UserStatus().problem +
+                     "); it is left as it is and nothing was saved: repair it or move it away, then try again";
+        return false;
+    }
+    std::vector<const CIndicator*> formulas;
+    for (const CIndicator* formula : g_MyIndicatorArray)
+        if (IsUserFormula(*formula)) formulas.push_back(formula);
+    // The header counts in 16 bits; the file holds exactly the records it counts.
+    if (formulas.size() > 32767) formulas.resize(32767);
+    return WriteFileAtomically(path, [&](CBinStream& stream) {
+        WriteFormulaHeader(stream, 0, static_cast<short>(formulas.size()));
+        for (const CIndicator* formula : formulas) formula->Save(stream, TRUE);
+    }, error);
+}
+
+bool IsLibraryFile(const CString& path) {
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    const fs::path folder = fs::path(path).parent_path().empty() ? fs::path(".") : fs::path(path).parent_path();
+    if (fs::equivalent(folder, g_MyExePath + "defineuser/indi", ec)) return true;
+    for (const SetFile& file : StartFiles())
+        if (fs::equivalent(path, file.path, ec)) return true;
+    return false;
+}
+
+bool ExportFormula(const CIndicator& formula, const CString& path, std::string* error) {
     return WriteFileAtomically(path, [&](CBinStream& stream) {
         WriteFormulaHeader(stream, 1, 1);
         formula.Save(stream, FALSE);
-    });
+    }, error);
 }
 
 ImportStatus ImportFormula(const CString& path, int* added) {
     if (added != nullptr) *added = 0;
-    FileStream stream;
-    if (!stream.Open(path, FileStream::Mode::Read)) return ImportStatus::CannotOpen;
+    std::string bytes;
+    // An exported file holds one short record: anything much longer is not one.
+    if (!ReadWholeFile(path, &bytes, nullptr, 1 << 20)) return ImportStatus::CannotOpen;
+    MemoryStream stream(std::vector<unsigned char>(bytes.begin(), bytes.end()));
     const FormulaFileHeader header = ReadFormulaHeader(stream);
     if (!header.magicOk || header.count > 1) {
         g_MyMessageBox(MSG_IMPORT_BAD_FILE);
