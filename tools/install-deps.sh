@@ -16,6 +16,11 @@ command -v pkg-config >/dev/null 2>&1 || need+=(pkg-config)
 # grep reads the whole list: with -q it would stop early, and the pipe's broken write would count
 # as a missing font under pipefail.
 fc-list 2>/dev/null | grep 'Noto Sans Mono CJK SC' >/dev/null || need+=(fonts-noto-cjk)
+# The fuzz targets (fuzz/run.sh sets NY_FUZZ=1): clang and libFuzzer, only when fuzzing is asked for.
+if [ "${NY_FUZZ:-0}" = 1 ]; then
+  command -v clang++ >/dev/null 2>&1 || need+=(clang)
+  ls /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 || need+=(libfuzzer-14-dev)
+fi
 if [ ${#need[@]} -gt 0 ]; then
   echo "Installing: ${need[*]}"
   SUDO=""

@@ -1,0 +1,38 @@
+// The evaluator over a fixed bar set: any text that passes the syntax test is computed.
+#include "check/syntax_result.h"
+#include "editor/color_edit_wnd.h"
+#include "fuzz/fuzz_support.h"
+#include "model/indicator.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::Installation();
+    static ColorEditWnd* editor = [] {
+        auto* made = new ColorEditWnd;
+        made->PrepareLanguage();
+        return made;
+    }();
+    CIndicator formula;
+    formula.m_strName = "FUZZ";
+    auto* param = new CParam;
+    param->m_strName = "N";
+    param->m_nMin = 1;
+    param->m_nMax = 100;
+    param->m_nDefault = 5;
+    formula.m_arParams.push_back(param);
+    editor->SetText(fuzz::Text(data, size, 2000));
+    const SYNTestResult result = editor->GetTestResult({*param});
+    if (result.nResult != NY_TEST_OK) return 0;
+    ny::AppendTestedStatements(result, formula);
+    std::vector<CHisDay> bars = fuzz::FixedBars();
+    const auto count = static_cast<short>(bars.size());
+    formula.m_lStockID = fuzz::kStockId;
+    formula.m_nPeriod = NY_PERIOD_DAY;
+    formula.Change();
+    formula.m_pHisDay = bars.data();
+    formula.m_nBarCount = count;
+    formula.m_nDrawStart = 0;
+    formula.m_nDrawEnd = count;
+    formula.AllocMem(count);
+    formula.Calc(0, count);
+    return 0;
+}

@@ -1,0 +1,31 @@
+#pragma once
+// What the fuzz targets share: one temporary installation per process with a small market, the
+// catalog, and a way to turn the fuzzer's bytes into files and texts.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "model/hisday.h"
+
+namespace fuzz {
+
+// The stock of the temporary installation whose files the targets replace.
+constexpr int kStockId = 600001;
+
+// Opens the temporary installation (once per process) and fills the function catalog. Returns
+// the installation directory, with a trailing '/'.
+const std::string& Installation();
+
+// Writes bytes to a file, making its folders; plain and fast, as fuzzing writes thousands.
+void WriteFile(const std::string& path, const uint8_t* data, size_t size);
+void WriteFile(const std::string& path, const std::string& bytes);
+
+// The fuzzer's bytes as a text of at most `limit` bytes, ending at the first zero byte.
+std::string Text(const uint8_t* data, size_t size, size_t limit);
+
+// A fixed series of day bars for the evaluator, in time order and with sound prices.
+const std::vector<CHisDay>& FixedBars();
+
+}  // namespace fuzz

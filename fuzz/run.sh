@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Builds the fuzz targets (clang, libFuzzer) and runs each over its seed corpus for a bounded
+# number of executions: bash fuzz/run.sh [RUNS] [TARGET...]. New inputs go to a working corpus in
+# the build tree, never into the repository's seeds; a finding stops with the crashing input saved
+# in build-fuzz/findings/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+runs=${1:-20000}
+shift || true
+targets=("$@")
+[ ${#targets[@]} -gt 0 ] || targets=(lexer syntax_test evaluate formula_file bar_file csv)
+NY_FUZZ=1 bash tools/install-deps.sh
+launcher=()
+command -v ccache >/dev/null 2>&1 && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+cmake -S fuzz -B build-fuzz -DCMAKE_CXX_COMPILER=clang++ "${launcher[@]}" >/dev/null
+cmake --build build-fuzz -j"$(nproc)" >/dev/null
+mkdir -p build-fuzz/findings
+for target in "${targets[@]}"; do
+  work=build-fuzz/corpus/$target
+  mkdir -p "$work"
+  echo "fuzz_$target: $runs runs"
+  build-fuzz/fuzz_"$target" -runs="$runs" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
+    -artifact_prefix=build-fuzz/findings/"$target"- -print_final_stats=1 "$work" fuzz/corpus/"$target" \
+    2>&1 | grep -E "^stat::(number_of_executed_units|peak_rss)|cov:.*DONE|ERROR|SUMMARY" || true
+  test "${PIPESTATUS[0]}" -eq 0
+done
