@@ -16,6 +16,7 @@
 #include "cli/table.h"
 #include "dialogs/stock_rules.h"
 #include "host/bar_csv.h"
+#include "host/files.h"
 #include "host/stockdb.h"
 #include "model/library.h"
 #include "picker/pick_request.h"
@@ -134,6 +135,7 @@ std::vector<std::string> ConditionLabels(const ny::PickRequest& request, const P
 void PrintOutcome(const ny::PickOutcome& outcome, const PickOptions& options, const std::vector<std::string>& labels) {
     if (options.json) {
         nlohmann::ordered_json out = {{"examined", outcome.examined}, {"total", outcome.total},
+                                      {"damaged", outcome.damaged},
                                       {"stopped", outcome.stopped}, {"picked", outcome.hits.size()}};
         out["conditions"] = labels;
         out["stocks"] = nlohmann::ordered_json::array();
@@ -178,6 +180,7 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
     if (int status = ConnectServer(global); status != kExitOk) return status;
     const bool terminal = isatty(STDERR_FILENO) != 0;
     ny::PickOutcome outcome;
+    ny::ClearProblems();  // what the pick finds damaged is reported after it
     {
         InterruptWatch interrupt;
         RefreshProgress refresh(terminal, InterruptWatch::Interrupted());
@@ -191,6 +194,9 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
     if (outcome.stopped)
         Fail(kExitOk, "stopped after " + std::to_string(outcome.examined) + " of " + std::to_string(outcome.total) +
                           " stocks; the stocks found so far:");
+    for (const std::string& problem : ny::InstallationProblems()) Fail(kExitOk, problem);
+    if (outcome.damaged > 0)
+        Fail(kExitOk, std::to_string(outcome.damaged) + " stocks left out: their bar files are damaged");
     PrintOutcome(outcome, options, ConditionLabels(request, options));
     // The picked stocks are shown; a block that could not be stored is still a failure.
     return outcome.message.empty() ? kExitOk : FailGbk(kExitRefused, outcome.message);

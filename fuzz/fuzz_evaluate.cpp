@@ -1,16 +1,10 @@
 // The evaluator over a fixed bar set: any text that passes the syntax test is computed.
 #include "check/syntax_result.h"
-#include "editor/color_edit_wnd.h"
 #include "fuzz/fuzz_support.h"
 #include "model/indicator.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz::Installation();
-    static ColorEditWnd* editor = [] {
-        auto* made = new ColorEditWnd;
-        made->PrepareLanguage();
-        return made;
-    }();
+    ColorEditWnd& editor = fuzz::Editor();
     CIndicator formula;
     formula.m_strName = "FUZZ";
     auto* param = new CParam;
@@ -19,8 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     param->m_nMax = 100;
     param->m_nDefault = 5;
     formula.m_arParams.push_back(param);
-    editor->SetText(fuzz::Text(data, size, 2000));
-    const SYNTestResult result = editor->GetTestResult({*param});
+    editor.SetText(fuzz::Text(data, size, 2000));
+    const SYNTestResult result = editor.GetTestResult({*param});
     if (result.nResult != NY_TEST_OK) return 0;
     ny::AppendTestedStatements(result, formula);
     std::vector<CHisDay> bars = fuzz::FixedBars();

@@ -51,6 +51,16 @@ const std::string& Installation() {
     return home;
 }
 
+ColorEditWnd& Editor() {
+    Installation();
+    static ColorEditWnd* editor = [] {
+        auto* made = new ColorEditWnd;
+        made->PrepareLanguage();
+        return made;
+    }();
+    return *editor;
+}
+
 void WriteFile(const std::string& path, const uint8_t* data, size_t size) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "editor/color_edit_wnd.h"
 #include "model/hisday.h"
 
 namespace fuzz {
@@ -17,6 +18,9 @@ constexpr int kStockId = 600001;
 // Opens the temporary installation (once per process) and fills the function catalog. Returns
 // the installation directory, with a trailing '/'.
 const std::string& Installation();
+
+// The editor whose syntax test the targets use, with the lexer module opened (one per process).
+ColorEditWnd& Editor();
 
 // Writes bytes to a file, making its folders; plain and fast, as fuzzing writes thousands.
 void WriteFile(const std::string& path, const uint8_t* data, size_t size);

@@ -17,10 +17,13 @@ cmake --build build-fuzz -j"$(nproc)" >/dev/null
 mkdir -p build-fuzz/findings
 for target in "${targets[@]}"; do
   work=build-fuzz/corpus/$target
+  log=build-fuzz/fuzz_$target.log
   mkdir -p "$work"
-  echo "fuzz_$target: $runs runs"
-  build-fuzz/fuzz_"$target" -runs="$runs" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
-    -artifact_prefix=build-fuzz/findings/"$target"- -print_final_stats=1 "$work" fuzz/corpus/"$target" \
-    2>&1 | grep -E "^stat::(number_of_executed_units|peak_rss)|cov:.*DONE|ERROR|SUMMARY" || true
-  test "${PIPESTATUS[0]}" -eq 0
+  if ! build-fuzz/fuzz_"$target" -runs="$runs" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
+      -artifact_prefix=build-fuzz/findings/"$target"- -print_final_stats=1 "$work" fuzz/corpus/"$target" >"$log" 2>&1; then
+    tail -40 "$log"
+    echo "fuzz_$target: finding, input saved in build-fuzz/findings/"
+    exit 1
+  fi
+  echo "fuzz_$target: $(grep -E '^#[0-9]+.*DONE' "$log" | tail -1)"
 done

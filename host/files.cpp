@@ -15,6 +15,7 @@
 #include <mutex>
 #include <random>
 
+#include "host/clock.h"
 #include "platform/file_system.h"
 
 namespace ny {
@@ -141,13 +142,7 @@ bool ReadRecordFile(const std::string& path, size_t recordSize, std::string* byt
 
 namespace {
 
-bool IsCalendarDay(int date) {
-    const int year = date / 10000, month = date / 100 % 100, day = date % 100;
-    if (year < 1900 || year > 2999 || month < 1 || month > 12 || day < 1) return false;
-    static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return day <= kDays[month - 1] + (month == 2 && leap ? 1 : 0);
-}
+bool IsCalendarDay(int date) { return date >= 19000101 && WeekDay(date) != 0; }
 
 // A minute stamp YYMMDDHHMM: a day of 2000 to 2099 and a time of day.
 bool IsMinuteStamp(int stamp) {

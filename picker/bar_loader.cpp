@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "host/clock.h"
+#include "host/files.h"
 #include "host/stockdb.h"
 #include "model/indicator.h"
 #include "picker/bar_loader.h"
@@ -90,6 +91,7 @@ bool CBarLoader::Load(int stockId, short period, int power, int varPeriod) {
     m_nPeriod = period;
     m_nPower = power;
     m_nVarPeriod = varPeriod;
+    m_bDamaged = false;
     LoadPower();
     RequestData();
     return m_pDrawData != nullptr && m_nDrawCount > 0;
@@ -162,7 +164,7 @@ BOOL CBarLoader::RequestData() {
     m_nDrawCount = 0;
     // A stock without a stored day file gets no bar of today either, whatever earlier stocks
     // left in the buffers; minute-based periods may live on the day's 1-minute file alone.
-    if (LoadHisData() || m_nPeriod > NY_PERIOD_YEAR) LoadRTData();
+    if (LoadHisData() || (m_nPeriod > NY_PERIOD_YEAR && !m_bDamaged)) LoadRTData();
     CalcDrawDays();
     ChangeDataType();
     if (m_nVarPeriod != 0) CalcVarPeriod();
@@ -178,12 +180,25 @@ BOOL CBarLoader::LoadHisData() {
     BarFile file(path);
     if (!file.IsOpen()) return FALSE;
     m_nHisCount = file.ReadFront(m_pHisData, m_nBufSize);
-    if (m_nHisCount >= 0) return TRUE;
-    // The buffers are too small (or not there yet): grow them to the file.
-    m_nHisCount = file.Count(kMaxStoredBars);
-    if (m_nHisCount >= m_nBufSize) AllocMem();
-    m_nHisCount = file.Read(m_pHisData, m_nHisCount);
-    return TRUE;
+    if (m_nHisCount < 0) {
+        // The buffers are too small (or not there yet): grow them to the file.
+        m_nHisCount = file.Count(kMaxStoredBars);
+        if (m_nHisCount >= m_nBufSize) AllocMem();
+        m_nHisCount = file.Read(m_pHisData, m_nHisCount);
+    }
+    return RefuseDamagedBars(path);
+}
+
+// Impossible records (a date that is no day, a price that is not a number) would evaluate as
+// zeros without a word: the stock gets no bars instead, and the file is reported.
+BOOL CBarLoader::RefuseDamagedBars(const CString& path) {
+    const std::string damage = ny::FindBarDamage(m_pHisData, static_cast<size_t>(std::max<short>(m_nHisCount, 0)),
+                                                 m_nPeriod > NY_PERIOD_YEAR);
+    if (damage.empty()) return TRUE;
+    ny::ReportProblem(path + ": " + damage);
+    m_bDamaged = true;
+    m_nHisCount = 0;
+    return FALSE;
 }
 
 BOOL CBarLoader::LoadRTData() {

@@ -40,6 +40,9 @@ public:
     short DrawCount() const { return m_nDrawCount; }
     // The date (YYYYMMDD) of a bar time of the current period.
     int DayOfBar(int time) const;
+    // True when the last Load found the stored bar file damaged (reported as a problem of the
+    // installation, with the file and record): the stock then has no bars.
+    bool Damaged() const { return m_bDamaged; }
 
     int m_lStockID = -1;
     short m_nPeriod = 1;
@@ -51,6 +54,7 @@ protected:
     // The pipeline: stored bars, today's data, period map, merge, optional regrouping.
     BOOL RequestData();
     BOOL LoadHisData();
+    BOOL RefuseDamagedBars(const CString& path);
     BOOL LoadRTData();
     void LoadRTData_Day();
     void LoadRTData_Minute();
@@ -85,6 +89,7 @@ private:
     void MergeAsStored(int firstRaw, char market);
     void ApplyEvents(int r, int& index, CPowerData& record, float& factor);
 
+    bool m_bDamaged = false;
     std::vector<CHisDay> m_arMinute;  // the day's 1-minute records while they are appended
     std::vector<CHisDay> m_arFold;    // copy of the minutes while they are folded
 };

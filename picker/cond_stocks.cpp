@@ -52,6 +52,7 @@ void CCondStocks::InitStatus() {
     m_Status.m_nTotal = 0;
     m_Status.m_nDone = 0;
     m_Status.m_nPicked = 0;
+    m_Status.m_nDamaged = 0;
     m_Status.m_nRunning = 0;
     m_Status.m_arResult.clear();
     m_Status.m_arResult.reserve(kResultGrowth);
@@ -226,15 +227,16 @@ void CCondStocks::PickShare(const std::vector<CIndicator*>& conditions, const CB
     for (size_t i = m_nNextStock++; i < count && m_bStop == 0; i = m_nNextStock++) {
         const BOOL picked = verdictOf(m_arStocks[i]);
         if (m_fnItemDone) m_fnItemDone(i, picked, conditions, loader.DrawCount());
-        Commit(i, picked);
+        Commit(i, picked, loader.Damaged());
     }
 }
 
 // Records the verdict of stock i and counts every stock of the unbroken run from the first not
 // yet counted, so that the status grows in the order of the list. The notification is made
 // under the lock: workers never notify at the same time.
-void CCondStocks::Commit(size_t i, BOOL picked) {
+void CCondStocks::Commit(size_t i, BOOL picked, bool damaged) {
     ny::CriticalSectionLock guard(m_csStatus);
+    if (damaged) ++m_Status.m_nDamaged;
     m_arVerdicts[i] = picked ? kPicked : kNotPicked;
     bool counted = false;
     for (size_t next = static_cast<size_t>(m_Status.m_nDone); next < m_arVerdicts.size() && m_arVerdicts[next] != 0;

@@ -32,6 +32,7 @@ struct CondStocksSTATUS {
     short m_nTotal = 0;           // stocks to examine
     short m_nDone = 0;            // stocks examined so far
     short m_nPicked = 0;          // stocks that met the conditions so far
+    short m_nDamaged = 0;         // stocks left out because their bar file is damaged
     std::vector<int> m_arResult;  // picked ids, in the order of the stock list
     short m_nRunning = 0;         // 1 while a pick runs
 };
@@ -141,7 +142,7 @@ private:
     struct PickHelper;
     void PickShare(const std::vector<CIndicator*>& conditions, const CBarLoader& loader,
                    const std::function<BOOL(int)>& verdictOf);
-    void Commit(size_t i, BOOL picked);
+    void Commit(size_t i, BOOL picked, bool damaged);
     BOOL PickVerdict(CBarLoader& loader, const std::vector<CIndicator*>& conditions, float* result) const;
     static void ComputeOnBars(CIndicator* indicator, CBarLoader& loader);
     void MergeVerdicts(const std::vector<CIndicator*>& conditions, short bars, float* result) const;

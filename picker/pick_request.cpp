@@ -168,6 +168,7 @@ PickOutcome RunPick(const PickRequest& request, const std::function<void(int don
     outcome.ok = true;
     outcome.examined = status.m_nDone;
     outcome.total = status.m_nTotal;
+    outcome.damaged = status.m_nDamaged;
     outcome.stopped = outcome.stopped && status.m_nDone < status.m_nTotal;
     if (!outcome.stopped && !CGroup::CreateGroup(PICK_RESULT_CATEGORY, PICK_RESULT_BLOCK, status.m_arResult))
         outcome.message = MSG_PICK_BLOCK_NOT_SAVED;

@@ -46,6 +46,7 @@ struct PickOutcome {
     CString message;
     int examined = 0;       // stocks looked at
     int total = 0;          // stocks in the scope
+    int damaged = 0;        // stocks left out because their bar file is damaged
     bool stopped = false;   // ended early by the stop request
     std::vector<PickHit> hits;
 };

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 namespace ny {
 
@@ -47,6 +48,9 @@ void SetFileSystem(FileSystemCalls* calls) { Installed() = calls != nullptr ? ca
 bool FileLock::Acquire(const std::string& path, int timeoutMs, std::string* error) {
     Release();
     const std::string lockPath = path + ".lock";
+    // A file written for the first time may lack its folder yet; the writer would make it too.
+    std::error_code ignored;
+    std::filesystem::create_directories(std::filesystem::path(lockPath).parent_path(), ignored);
     const int fd = FileSystem().Open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644);
     if (fd < 0) {
         *error = FileErrorText("cannot make the lock file", lockPath, errno);

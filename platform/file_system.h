@@ -27,7 +27,7 @@ FileSystemCalls& FileSystem();
 // Installs `calls` for the whole process; null restores the real ones. The caller keeps ownership.
 void SetFileSystem(FileSystemCalls* calls);
 
-// An exclusive lock on `path + ".lock"` (flock), held by this object until it is destroyed or
+// An exclusive lock on `path + ".lock"` (flock; missing folders are made), held by this object until it is destroyed or
 // Release is called. Locks of several processes on one file exclude each other; the lock file
 // stays behind, empty.
 class FileLock {

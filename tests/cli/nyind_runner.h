@@ -77,11 +77,13 @@ inline void LinkInstallation(const fs::path& home) {
     fs::copy(kInstall + "/defineuser", home / "defineuser", fs::copy_options::recursive);
 }
 
-// Runs nyind with the arguments (a shell fragment) and the given standard input.
-inline RunResult Nyind(const std::string& args, const std::string& input = std::string()) {
+// Runs nyind with the arguments (a shell fragment) and the given standard input; `environment`
+// is put before the command ("NAME=value ...").
+inline RunResult Nyind(const std::string& args, const std::string& input = std::string(),
+                       const std::string& environment = std::string()) {
     TempDir io;
     WriteText(io.path() / "in", input);
-    const std::string command = kNyind + " " + args + " <" + (io.path() / "in").string() + " >" +
+    const std::string command = environment + " " + kNyind + " " + args + " <" + (io.path() / "in").string() + " >" +
                                 (io.path() / "out").string() + " 2>" + (io.path() / "err").string();
     const int raw = std::system(command.c_str());
     RunResult result;

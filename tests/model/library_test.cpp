@@ -247,17 +247,6 @@ TEST_F(Library, SaveStoresOnlyTheUsersOwnFormulasReplacingTheOldFile) {
     EXPECT_TRUE(ny::RecordedMessages().empty());
 }
 
-TEST_F(Library, FailedAtomicWriteKeepsTheOldFile) {
-    const std::string path = Path("sub/target.dat");
-    ASSERT_TRUE(ny::WriteFileAtomically(path, [](CBinStream& s) { s.Write("old", 3); }));
-    // The temporary file can't be made (a folder stands in its place): the target stays.
-    fs::create_directory(path + ".tmp");
-    EXPECT_FALSE(ny::WriteFileAtomically(path, [](CBinStream& s) { s.Write("new", 3); }));
-    fs::remove(path + ".tmp");
-    EXPECT_EQ(Read("sub/target.dat"), "old");
-    EXPECT_EQ(FilesIn("sub"), 1);
-}
-
 // ---- Export and import ----
 
 TEST_F(Library, ExportWritesTheExchangeFormWhichImportReads) {
