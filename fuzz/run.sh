@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 runs=${1:-20000}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(lexer syntax_test evaluate formula_file bar_file csv)
+[ ${#targets[@]} -gt 0 ] || targets=(lexer syntax_test evaluate formula_file bar_file csv rule_file)
 NY_FUZZ=1 bash tools/install-deps.sh
 launcher=()
 command -v ccache >/dev/null 2>&1 && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

@@ -152,21 +152,25 @@ bool IsMinuteStamp(int stamp) {
 
 bool IsAmount(float value) { return std::isfinite(value) && value >= 0; }
 
-std::string BarDamage(const CHisDay& bar, bool minute) {
-    if (!(minute ? IsMinuteStamp(bar.m_lTime) : IsCalendarDay(bar.m_lTime)))
+bool IsPrice(float value, bool strict) { return strict ? IsAmount(value) : std::isfinite(value); }
+
+std::string BarDamage(const CHisDay& bar, bool minute, bool strict) {
+    if (strict && !(minute ? IsMinuteStamp(bar.m_lTime) : IsCalendarDay(bar.m_lTime)))
         return "impossible " + std::string(minute ? "time " : "date ") + std::to_string(bar.m_lTime);
-    if (!IsAmount(bar.m_fOpen) || !IsAmount(bar.m_fHigh) || !IsAmount(bar.m_fLow) || !IsAmount(bar.m_fClose))
+    if (!IsPrice(bar.m_fOpen, strict) || !IsPrice(bar.m_fHigh, strict) || !IsPrice(bar.m_fLow, strict) ||
+        !IsPrice(bar.m_fClose, strict))
         return "a price is not a number or negative";
     if (bar.m_fHigh < bar.m_fLow) return "the high is below the low";
-    if (!IsAmount(bar.m_fVolume) || !IsAmount(bar.m_fAmount)) return "the volume or amount is not a number or negative";
+    if (!IsPrice(bar.m_fVolume, strict) || !IsPrice(bar.m_fAmount, strict))
+        return "the volume or amount is not a number or negative";
     return {};
 }
 
 }  // namespace
 
-std::string FindBarDamage(const CHisDay* bars, size_t count, bool minute) {
+std::string FindBarDamage(const CHisDay* bars, size_t count, bool minute, bool strict) {
     for (size_t i = 0; i < count; ++i)
-        if (std::string what = BarDamage(bars[i], minute); !what.empty())
+        if (std::string what = BarDamage(bars[i], minute, strict); !what.empty())
             return "record " + std::to_string(i + 1) + ": " + what;
     return {};
 }

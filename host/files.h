@@ -42,8 +42,10 @@ enum class MarketFileState {
 // The first impossible bar, as "record N: what" (N from 1), or empty if all are sound: a date that
 // is no calendar day (minute bars: a YYMMDDHHMM stamp with no such day or time of day), an open,
 // high, low or close that is not a number or negative, a high below the low, or a volume or
-// amount that is not a number or negative.
-std::string FindBarDamage(const CHisDay* bars, size_t count, bool minute);
+// amount that is not a number or negative. Not strict, only values that are not numbers and a
+// high below the low count: the picker's pipeline has its own rules for bars without a proper
+// date or price.
+std::string FindBarDamage(const CHisDay* bars, size_t count, bool minute, bool strict = true);
 
 // Reads a file of 40-byte CHisDay records. A damaged file is reported as a problem of the
 // installation with its path and the record, and the same text goes to `damage` if given; `bars`

@@ -189,11 +189,12 @@ BOOL CBarLoader::LoadHisData() {
     return RefuseDamagedBars(path);
 }
 
-// Impossible records (a date that is no day, a price that is not a number) would evaluate as
-// zeros without a word: the stock gets no bars instead, and the file is reported.
+// Values that are not numbers, or a high below the low, would evaluate without a word:
+// the stock gets no bars instead, and the file is reported. Bars without a proper date keep the
+// pipeline's own treatment.
 BOOL CBarLoader::RefuseDamagedBars(const CString& path) {
     const std::string damage = ny::FindBarDamage(m_pHisData, static_cast<size_t>(std::max<short>(m_nHisCount, 0)),
-                                                 m_nPeriod > NY_PERIOD_YEAR);
+                                                 m_nPeriod > NY_PERIOD_YEAR, false);
     if (damage.empty()) return TRUE;
     ny::ReportProblem(path + ": " + damage);
     m_bDamaged = true;

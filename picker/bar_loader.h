@@ -40,7 +40,7 @@ public:
     short DrawCount() const { return m_nDrawCount; }
     // The date (YYYYMMDD) of a bar time of the current period.
     int DayOfBar(int time) const;
-    // True when the last Load found the stored bar file damaged (reported as a problem of the
+    // True when the last Load found impossible prices in the stored bar file (reported as a problem of the
     // installation, with the file and record): the stock then has no bars.
     bool Damaged() const { return m_bDamaged; }
 
