@@ -12,6 +12,7 @@
 #include "cli/statement_view.h"
 #include "cli/stocks.h"
 #include "cli/table.h"
+#include "engine/eval_code.h"
 #include "host/bar_csv.h"
 #include "host/files.h"
 #include "host/stockdb.h"
@@ -144,6 +145,15 @@ void PrintJson(const CIndicator& formula, const Series& series, int firstRow) {
     std::cout << out.dump(2) << "\n";
 }
 
+// The evaluator's code in words, with its number: "未知的函数或变量 (UNKNOWN_WORD, code 7)".
+std::string EvalCodeWords(int code) {
+    const char* text = ny::EvalCodeText(code);
+    const char* name = ny::EvalCodeName(code);
+    const std::string number = "code " + std::to_string(code);
+    if (!text || !name) return "evaluator " + number;
+    return ToTerminal(text) + " (" + name + ", " + number + ")";
+}
+
 // Names each statement that could not be computed, with the evaluator's code. Returns kExitRefused
 // when one of the statements shown failed.
 int ReportFailedStatements(const CIndicator& formula, const CalcOptions& options) {
@@ -155,8 +165,8 @@ int ReportFailedStatements(const CIndicator& formula, const CalcOptions& options
         if (s->m_cComputed == 1) continue;
         const bool requested = std::find(shown.begin(), shown.end(), s) != shown.end();
         Fail(kExitOk, "statement " + std::to_string(number) + " (" + StatementHeading(*s) + ": " +
-                          ToTerminal(s->m_strText) + ") could not be computed: evaluator code " +
-                          std::to_string(s->m_cFailCode));
+                          ToTerminal(s->m_strText) + ") could not be computed: " +
+                          EvalCodeWords(s->m_cFailCode));
         if (requested) status = kExitRefused;
     }
     return status;
