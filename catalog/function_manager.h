@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "catalog/styles.h"
-#include "model/types.h"
+#include "host/types.h"
 
 // Categories of m_cClass, in the order in which LoadFun appends them. 0 is no row's category:
 // the function dialog uses it for "all rows".

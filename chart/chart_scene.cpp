@@ -10,7 +10,7 @@
 
 #include "chart/statement_shapes.h"
 #include "catalog/styles.h"
-#include "model/hisday.h"
+#include "host/hisday.h"
 #include "model/indicator.h"
 
 namespace ny {

@@ -9,7 +9,7 @@
 #include <functional>
 
 #include "catalog/styles.h"
-#include "model/hisday.h"
+#include "host/hisday.h"
 #include "model/indicator.h"
 
 namespace ny {

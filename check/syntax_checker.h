@@ -10,7 +10,7 @@
 #include "check/lexical.h"
 #include "check/syntax_result.h"
 #include "model/indicator.h"
-#include "model/types.h"
+#include "host/types.h"
 
 class CSyntaxChecker {
 public:

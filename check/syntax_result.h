@@ -4,8 +4,8 @@
 
 #include <vector>
 
+#include "host/types.h"
 #include "model/indicator.h"
-#include "model/types.h"
 
 // Result codes of the test and of the formula dialog's own checks. 0 is success.
 enum : int {

@@ -19,7 +19,7 @@
 
 #include "check/lexical.h"
 #include "check/syntax_result.h"
-#include "model/types.h"
+#include "host/types.h"
 
 struct FUN_ITEM;
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "model/indicator.h"
-#include "model/types.h"
+#include "host/types.h"
 
 namespace ny {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 namespace nyind {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "model/hisday.h"
+#include "host/hisday.h"
 #include "model/indicator.h"
 
 class CStock;

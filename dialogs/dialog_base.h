@@ -6,7 +6,7 @@
 
 #include <memory>
 
-#include "model/types.h"
+#include "host/types.h"
 #include "platform/modal_dialog.h"
 
 class CNyDialog {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 namespace ny {
 

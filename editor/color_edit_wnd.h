@@ -17,8 +17,8 @@
 #include "editor/editor_platform.h"
 #include "editor/script_text.h"
 #include "editor/tooltip_ex.h"
+#include "host/types.h"
 #include "model/indicator.h"
-#include "model/types.h"
 #include "platform/input_events.h"
 
 struct FUN_ITEM;

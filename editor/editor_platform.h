@@ -4,7 +4,7 @@
 // All of them belong to the caller and outlive the editor; any may be null, and the
 // editor then does without (no window: no painting, no scrolling; no dialog: no translation).
 
-#include "model/types.h"
+#include "host/types.h"
 #include "platform/caret.h"
 #include "platform/clipboard.h"
 #include "platform/list_box.h"

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 class CScriptText {
 public:

@@ -1,10 +1,13 @@
 #pragma once
 // Small pieces shared by the levels of the evaluator: operator tokens at the cursor, spreading a
-// constant over a bar range, and bar ranges clamped to the buffers.
+// constant over a bar range, and bar ranges clamped to the buffers. Every level also borrows its
+// working buffers from the formula object's pool.
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+
+#include "engine/series_pool.h"
 
 namespace ny {
 

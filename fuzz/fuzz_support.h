@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "editor/color_edit_wnd.h"
-#include "model/hisday.h"
+#include "host/hisday.h"
 
 namespace fuzz {
 

@@ -17,7 +17,7 @@
 
 #include "host/quote_table.h"
 #include "host/transport.h"
-#include "model/types.h"
+#include "host/types.h"
 
 // One exchange with the server.
 class CCommData {

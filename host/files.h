@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "model/hisday.h"
+#include "host/hisday.h"
 
 namespace ny {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/pinyin.h"
-#include "model/types.h"
+#include "host/types.h"
 
 // Directory of the installation, with a trailing '/'.
 extern CString g_MyExePath;

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 class CStock;
 

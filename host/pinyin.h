@@ -14,7 +14,7 @@
 
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 constexpr int NY_PYCODE_ENTRIES = 23;
 

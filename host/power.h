@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 // One ex-rights event, a 40-byte file record of ten little-endian 32-bit fields in this order.
 class CPowerData {

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 class CQuoteTableView {
 public:

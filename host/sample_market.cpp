@@ -11,10 +11,10 @@
 #include "host/files.h"
 #include "host/global.h"
 #include "host/group.h"
+#include "host/hisday.h"
 #include "host/installation.h"
 #include "host/power.h"
 #include "host/stockdb.h"
-#include "model/hisday.h"
 
 namespace ny {
 

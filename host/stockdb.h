@@ -6,8 +6,8 @@
 #include <mutex>
 #include <vector>
 
-#include "model/hisday.h"
-#include "model/types.h"
+#include "host/hisday.h"
+#include "host/types.h"
 
 // Kind bits of CStock::m_dwKind.
 constexpr unsigned NY_KIND_INDEX = 0x0001;      // a market index

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "host/types.h"
 #include "model/binstream.h"
-#include "model/types.h"
 
 namespace ny {
 

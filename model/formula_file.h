@@ -4,8 +4,8 @@
 //           count, 8 bytes of magic "myok" and four zeros, of which readers compare 4 bytes;
 //   record: CIndicator::Save / Load, in the short or the long form, which the reader must know.
 
+#include "host/types.h"
 #include "model/binstream.h"
-#include "model/types.h"
 
 namespace ny {
 

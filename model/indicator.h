@@ -11,20 +11,19 @@
 //   m_nDrawEnd = bar count (and m_nPeriod if the caller knows the period);  4. AllocMem(count);
 //   5. Calc(0, count);  6. read each statement with m_cComputed == 1 over m_nFirst..m_nEnd-1.
 
+#include <memory>
 #include <vector>
 
-#include <memory>
-
-#include "engine/series_pool.h"
+#include "host/hisday.h"
+#include "host/types.h"
 #include "model/binstream.h"
-#include "model/hisday.h"
-#include "model/types.h"
 
 namespace ny {
 struct GrammarLevel;
 class FormulaPlan;
 struct PlannedWord;
 class Operand;
+class SeriesPool;
 }
 
 // Longest texts the file records can hold (field width minus the terminating zero).
@@ -287,8 +286,10 @@ public:
     // The chip distribution: WINNER and COST.
     char ReadWINNER(char* word, float* out, short* from, short* to, char permission, char* isSeries);
 
-    // Buffers of the descent, reused across operands, statements and runs of this object.
-    ny::SeriesPool m_pool;
+    // Buffers of the descent, reused across operands, statements and runs of this object. The
+    // evaluator makes the pool with the first buffer it borrows; a shared pointer takes its
+    // deleter from there, so this header needs no more than the pool's name.
+    std::shared_ptr<ny::SeriesPool> m_pool;
 
     // The operand of the multiplication level: a parenthesis or a word.
     char ReadFactor(float* out, short* from, short* to, char* flag, CExpression* expr);

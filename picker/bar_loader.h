@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "host/power.h"
-#include "model/hisday.h"
-#include "model/types.h"
+#include "host/hisday.h"
+#include "host/types.h"
 
 // One output bar of the period map: the first and last stored bar that fall into it.
 struct CondStocksDRAWNO {

@@ -14,9 +14,9 @@
 #include <thread>
 #include <vector>
 
-#include "model/hisday.h"
+#include "host/hisday.h"
+#include "host/types.h"
 #include "model/indicator.h"
-#include "model/types.h"
 #include "picker/bar_loader.h"
 #include "platform/sync.h"
 

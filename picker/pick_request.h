@@ -6,8 +6,8 @@
 #include <functional>
 #include <vector>
 
-#include "model/hisday.h"
-#include "model/types.h"
+#include "host/hisday.h"
+#include "host/types.h"
 
 namespace ny {
 

@@ -13,7 +13,7 @@
 #include <functional>
 #include <vector>
 
-#include "model/types.h"
+#include "host/types.h"
 
 class CChildView;
 class CCommData;

@@ -9,7 +9,7 @@
 #include <chrono>
 #include <vector>
 
-#include "model/hisday.h"
+#include "host/hisday.h"
 
 namespace nyquoted {
 

@@ -1,6 +1,6 @@
 // Writes the generated sample market into an installation directory:
 //   make_sample_market DIR [--stocks N]
-// A data folder that is not a generated one is left alone.
+// A data folder that holds anything but a generated market is left alone.
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,9 +12,11 @@
 
 namespace {
 
-// True if DIR/data is missing or was written by this tool, and so may be replaced.
+// True if DIR/data is missing, empty (a build system such as Ninja makes the folder of an output
+// before it runs the command) or was written by this tool, and so may be replaced.
 bool MayReplace(const std::filesystem::path& data) {
-    if (!std::filesystem::exists(data)) return true;
+    std::error_code error;
+    if (!std::filesystem::exists(data) || std::filesystem::is_empty(data, error)) return true;
     std::ifstream readme(data / "README.txt");
     std::string first;
     std::getline(readme, first);

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Checks that the library installs and serves another project: a fresh Ninja build of the
+# libraries and nyind, cmake --install into a temporary prefix, then the consumer project under
+# tests/consumer built against that prefix with find_package(ny_indicator) and run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash tools/install-deps.sh
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+launcher=()
+command -v ccache >/dev/null 2>&1 && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+
+cmake -S . -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DNY_BUILD_TESTS=OFF \
+      -DNY_BUILD_BENCHMARKS=OFF "${launcher[@]}" >/dev/null
+cmake --build "$work/build" -j 2 >/dev/null
+cmake --install "$work/build" --prefix "$work/prefix" >/dev/null
+"$work/prefix/bin/nyind" --home "$work/build/install" funcs MA >/dev/null
+
+cmake -S tests/consumer -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/consumer" >/dev/null
+"$work/consumer/three_bar_ma"
