@@ -19,6 +19,7 @@
 #include "model/formula_file.h"
 #include "model/indicator.h"
 #include "model/library.h"
+#include "model/period.h"
 #include "picker/cond_stocks.h"
 #include "picker/pick_request.h"
 #include "picker/refresh.h"

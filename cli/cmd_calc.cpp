@@ -16,14 +16,13 @@
 #include "host/bar_csv.h"
 #include "host/files.h"
 #include "host/stockdb.h"
+#include "model/period.h"
 
 namespace nyind {
 namespace {
 
 constexpr int kDefaultTableRows = 20;
 constexpr size_t kMaxBars = 32767;  // bar counts of an evaluation are 16-bit
-constexpr const char* kPeriodNames[] = {"day", "week", "month", "quarter", "year",
-                                        "1min", "5min", "15min", "30min", "60min"};
 
 struct CalcOptions {
     std::string formula, kind, source, name, stock, bars, period = "day";
@@ -45,7 +44,7 @@ struct Series {
 int LoadSeries(const CalcOptions& options, Series* series) {
     if (options.bars.empty()) {
         series->period = PeriodNumber(options.period);
-        series->minute = series->period >= NY_PERIOD_MIN1;
+        series->minute = ny::IsMinutePeriod(series->period);
         if (int status = LoadStockSeries(options.stock, options.period, options.power, &series->stock, &series->bars);
             status != kExitOk)
             return status;
@@ -112,7 +111,7 @@ void PrintJson(const CIndicator& formula, const Series& series, int firstRow) {
     nlohmann::ordered_json out;
     out["formula"] = {{"name", ToTerminal(formula.m_strName)}, {"kind", formula.m_MainType}};
     out["source"] = series.label;
-    if (!series.fromCsv) out["period"] = kPeriodNames[series.period - 1];
+    if (!series.fromCsv) out["period"] = ny::FindPeriod(series.period)->name;
     if (series.stock != nullptr)
         out["stock"] = {{"code", ny::FormatStockCode(series.stock->GetID())}, {"name", ToTerminal(series.stock->m_strName)}};
     out["bars"] = series.bars.size();
@@ -204,14 +203,15 @@ int RunCalc(const CalcOptions& options, const GlobalOptions& global) {
 }  // namespace
 
 short PeriodNumber(const std::string& name) {
-    for (short i = 0; i < 10; ++i)
-        if (name == kPeriodNames[i]) return static_cast<short>(i + 1);
-    return 0;
+    const ny::PeriodRow* row = ny::FindPeriodByName(name);
+    return row != nullptr ? row->number : 0;
 }
 
 CLI::Option* AddPeriodOption(CLI::App& command, std::string& period) {
-    return command.add_option("--period", period, "Bar period: day week month quarter year 1min 5min 15min 30min 60min")
-        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kPeriodNames), std::end(kPeriodNames))));
+    std::vector<std::string> names;
+    for (const ny::PeriodRow& row : ny::kPeriods) names.push_back(row.name);
+    return command.add_option("--period", period, "Bar period: " + CLI::detail::join(names, " "))
+        ->check(CLI::IsMember(names));
 }
 
 void AddCalcCommand(CLI::App& app, const GlobalOptions& global, int& status) {

@@ -10,6 +10,7 @@
 #include "cli/formula_run.h"
 #include "cli/statement_view.h"
 #include "host/stockdb.h"
+#include "model/period.h"
 
 namespace nyind {
 namespace {
@@ -71,7 +72,7 @@ int RunChart(const ChartOptions& options, const GlobalOptions& global) {
     ny::ChartRequest request;
     request.bars = bars.data();
     request.barCount = static_cast<int>(bars.size());
-    request.minuteBars = period >= NY_PERIOD_MIN1;
+    request.minuteBars = ny::IsMinutePeriod(period);
     request.barsShown = options.last;
     request.mainFormula = withMain ? &mainFormula : nullptr;
     request.formula = &formula;

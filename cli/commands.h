@@ -19,8 +19,8 @@ void AddQuotesCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddExplainCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddChartCommand(CLI::App& app, const GlobalOptions& global, int& status);
 
-// The bar periods by name: day week month quarter year 1min 5min 15min 30min 60min, numbered 1
-// to 10. PeriodNumber gives 0 for another name.
+// The bar periods by their names in the table of periods (day week ... 60min). PeriodNumber gives
+// 0 for another name.
 short PeriodNumber(const std::string& name);
 CLI::Option* AddPeriodOption(CLI::App& command, std::string& period);
 

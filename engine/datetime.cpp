@@ -120,14 +120,15 @@ CIndex& MarketIndex(int stockId) { return stockId > 1000000 ? g_MyIndexSZ : g_My
 
 char CIndicator::ReadDATETIME(char* word, float* out, short* from, short* to, char, char*) {
     const DateWord kind = FindDateWord(word);
-    const bool minuteBars = m_nPeriod > NY_PERIOD_YEAR;
+    const ny::PeriodRow* period = ny::FindPeriod(m_nPeriod);
+    const bool minuteBars = ny::IsMinutePeriod(m_nPeriod);
     const ny::BarSpan span(*from, *to, m_nBarCount);
     for (int i = span.first; i <= span.last; ++i) {
         const Stamp s = ReadStamp(m_pHisDay[i].m_lTime, minuteBars);
         int value = 0;
         switch (kind) {
             case DateWord::Period:
-                value = m_nPeriod + 4 >= 10 ? m_nPeriod + 4 - 10 : m_nPeriod + 4;
+                value = period != nullptr ? period->listIndex : 0;
                 break;
             case DateWord::Date: value = s.date; break;
             case DateWord::Time: value = s.hhmm; break;

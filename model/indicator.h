@@ -17,6 +17,7 @@
 #include "host/hisday.h"
 #include "host/types.h"
 #include "model/binstream.h"
+#include "model/period.h"
 
 namespace ny {
 struct GrammarLevel;
@@ -36,12 +37,6 @@ constexpr int NY_SOURCE_DIALOG_CHARS = 10000;
 
 // Formula kinds (m_MainType).
 enum : short { NY_KIND_INDICATOR = 0, NY_KIND_CONDITION = 1, NY_KIND_TRADE = 2, NY_KIND_CANDLE = 3 };
-
-// Bar periods (m_nPeriod and the index of CParam::m_nPeriodValue).
-enum : short {
-    NY_PERIOD_DAY = 1, NY_PERIOD_WEEK, NY_PERIOD_MONTH, NY_PERIOD_QUARTER, NY_PERIOD_YEAR,
-    NY_PERIOD_MIN1, NY_PERIOD_MIN5, NY_PERIOD_MIN15, NY_PERIOD_MIN30, NY_PERIOD_MIN60
-};
 
 // A no-value mark for bars of a statement's series that have nothing to draw.
 constexpr float DRAWNULL = -1e36f;

@@ -14,6 +14,7 @@
 #include "host/files.h"
 #include "host/stockdb.h"
 #include "model/indicator.h"
+#include "model/period.h"
 #include "picker/bar_loader.h"
 
 static_assert(std::endian::native == std::endian::little, "bar files are read straight into CHisDay records");
@@ -26,6 +27,12 @@ namespace {
 constexpr short kMaxStoredBars = 30000;
 constexpr short kMaxMinuteRecords = 2000;
 constexpr short kBufferSlack = 100;
+
+// The row of the loader's period; a number with no row reads as the day period.
+const ny::PeriodRow& PeriodOf(short number) {
+    const ny::PeriodRow* row = ny::FindPeriod(number);
+    return row != nullptr ? *row : ny::kPeriods[0];
+}
 
 // A stored bar file, opened with sharing allowed. Files are read straight into the record
 // buffers; the file's size is asked for only when the buffer turns out to be too small.
@@ -164,7 +171,7 @@ BOOL CBarLoader::RequestData() {
     m_nDrawCount = 0;
     // A stock without a stored day file gets no bar of today either, whatever earlier stocks
     // left in the buffers; minute-based periods may live on the day's 1-minute file alone.
-    if (LoadHisData() || (m_nPeriod > NY_PERIOD_YEAR && !m_bDamaged)) LoadRTData();
+    if (LoadHisData() || (ny::IsMinutePeriod(m_nPeriod) && !m_bDamaged)) LoadRTData();
     CalcDrawDays();
     ChangeDataType();
     if (m_nVarPeriod != 0) CalcVarPeriod();
@@ -174,9 +181,10 @@ BOOL CBarLoader::RequestData() {
 BOOL CBarLoader::LoadHisData() {
     const CStock* stock = g_MyGetStock(m_lStockID);
     if (stock == nullptr) return FALSE;
-    const CString path = m_nPeriod == NY_PERIOD_MIN1  ? stock->GetMinuteFilePath()
-                         : m_nPeriod > NY_PERIOD_MIN1 ? stock->GetMin5FilePath()
-                                                      : stock->GetDayFilePath();
+    const ny::BarFileKind kind = PeriodOf(m_nPeriod).file;
+    const CString path = kind == ny::BarFileKind::Minute1   ? stock->GetMinuteFilePath()
+                         : kind == ny::BarFileKind::Minute5 ? stock->GetMin5FilePath()
+                                                            : stock->GetDayFilePath();
     BarFile file(path);
     if (!file.IsOpen()) return FALSE;
     m_nHisCount = file.ReadFront(m_pHisData, m_nBufSize);
@@ -194,7 +202,7 @@ BOOL CBarLoader::LoadHisData() {
 // pipeline's own treatment.
 BOOL CBarLoader::RefuseDamagedBars(const CString& path) {
     const std::string damage = ny::FindBarDamage(m_pHisData, static_cast<size_t>(std::max<short>(m_nHisCount, 0)),
-                                                 m_nPeriod > NY_PERIOD_YEAR, false);
+                                                 ny::IsMinutePeriod(m_nPeriod), false);
     if (damage.empty()) return TRUE;
     ny::ReportProblem(path + ": " + damage);
     m_bDamaged = true;
@@ -203,7 +211,7 @@ BOOL CBarLoader::RefuseDamagedBars(const CString& path) {
 }
 
 BOOL CBarLoader::LoadRTData() {
-    if (m_nPeriod <= NY_PERIOD_YEAR)
+    if (!ny::IsMinutePeriod(m_nPeriod))
         LoadRTData_Day();
     else
         LoadRTData_Minute();
@@ -245,7 +253,7 @@ void CBarLoader::LoadRTData_Minute() {
     m_arMinute.resize(static_cast<size_t>(count) + 5);
     count = file.Read(m_arMinute.data(), count);
     if (count < 1) return;
-    const bool fold = m_nPeriod >= NY_PERIOD_MIN5;
+    const bool fold = PeriodOf(m_nPeriod).file == ny::BarFileKind::Minute5;
     if (m_nHisCount < 1) {
         if (fold) ChangeToMinute5(m_arMinute.data(), count);
         m_nHisCount = count;
@@ -309,38 +317,41 @@ int WeekDayOf(long day) {
 }  // namespace
 
 BOOL CBarLoader::IsSamePeriod(int earlier, int later) {
-    switch (m_nPeriod) {
-        case NY_PERIOD_WEEK: {
+    const ny::PeriodRow& period = PeriodOf(m_nPeriod);
+    switch (period.grouping) {
+        case ny::BarGrouping::Week: {
             // Weekday numbers run from Sunday (1) to Saturday (7): a later bar of the same week has
             // a higher number and lies less than seven days on.
             long earlierDay = 0, laterDay = 0;
             if (!DayOfDate(earlier, &earlierDay) || !DayOfDate(later, &laterDay)) return FALSE;
             return WeekDayOf(laterDay) > WeekDayOf(earlierDay) && laterDay - earlierDay < 7;
         }
-        case NY_PERIOD_MONTH:
+        case ny::BarGrouping::Month:
             return earlier / 100 == later / 100;
-        case NY_PERIOD_QUARTER:
+        case ny::BarGrouping::Quarter:
             return earlier / 10000 == later / 10000 &&
                    (earlier / 100 % 100 - 1) / 3 == (later / 100 % 100 - 1) / 3;
-        case NY_PERIOD_YEAR:
+        case ny::BarGrouping::Year:
             return earlier / 10000 == later / 10000;
-        case NY_PERIOD_DAY:
-        case NY_PERIOD_MIN1:
+        case ny::BarGrouping::SameTime:
             return earlier == later;
-        default: {
+        case ny::BarGrouping::OneToOne:
+        case ny::BarGrouping::MinuteSlots: {
+            // Stored 5-minute bars compare by the slot that stamps them; day bars by their date.
+            if (period.slotKind < 0) return earlier == later;
             const CStock* stock = g_MyGetStock(m_lStockID);
             if (stock == nullptr) return FALSE;
-            const int kind = m_nPeriod - NY_PERIOD_MIN5;
-            return CStock::Time2Time(earlier, kind, stock->m_cMarket) ==
-                   CStock::Time2Time(later, kind, stock->m_cMarket);
+            return CStock::Time2Time(earlier, period.slotKind, stock->m_cMarket) ==
+                   CStock::Time2Time(later, period.slotKind, stock->m_cMarket);
         }
     }
+    return FALSE;
 }
 
 void CBarLoader::CalcDrawDays() {
     short n = 0;
     if (m_pDrawNo != nullptr) {
-        const bool oneToOne = m_nPeriod == NY_PERIOD_DAY || m_nPeriod == NY_PERIOD_MIN5;
+        const bool oneToOne = PeriodOf(m_nPeriod).grouping == ny::BarGrouping::OneToOne;
         for (short i = 0; i < m_nHisCount; ++i) {
             if (oneToOne || i == 0 || !IsSamePeriod(m_pHisData[i - 1].m_lTime, m_pHisData[i].m_lTime))
                 m_pDrawNo[n++].m_nFirst = i;
@@ -353,7 +364,7 @@ void CBarLoader::CalcDrawDays() {
 // ---- Merge ----
 
 int CBarLoader::DayOfBar(int time) const {
-    return m_nPeriod <= NY_PERIOD_YEAR ? time : CStock::Min5Time2Day(time);
+    return ny::IsMinutePeriod(m_nPeriod) ? CStock::Min5Time2Day(time) : time;
 }
 
 void CBarLoader::ChangeDataType() {
@@ -398,8 +409,8 @@ void CBarLoader::MergeAdjusted(int firstRaw, int lastRaw, char market) {
                 out.m_fCapital = index >= 0 ? record.m_fCapital : 0;
                 out.m_lAdvDec = stored.m_lAdvDec;
             } else {
-                if (r == first && m_nPeriod >= NY_PERIOD_MIN5)
-                    out.m_lTime = CStock::Time2Time(stored.m_lTime, m_nPeriod - NY_PERIOD_MIN5, market);
+                if (r == first && PeriodOf(m_nPeriod).slotKind >= 0)
+                    out.m_lTime = CStock::Time2Time(stored.m_lTime, PeriodOf(m_nPeriod).slotKind, market);
                 out.m_fHigh = std::max(out.m_fHigh, stored.m_fHigh * factor);
                 out.m_fLow = std::min(out.m_fLow, stored.m_fLow * factor);
                 out.m_fOpen = stored.m_fOpen * factor;
@@ -439,11 +450,11 @@ void CBarLoader::MergeAsStored(int firstRaw, char market) {
             }
             if (r == first) {
                 out = stored;
-                if (m_nPeriod >= NY_PERIOD_MIN5)
-                    out.m_lTime = CStock::Time2Time(stored.m_lTime, m_nPeriod - NY_PERIOD_MIN5, market);
+                if (PeriodOf(m_nPeriod).slotKind >= 0)
+                    out.m_lTime = CStock::Time2Time(stored.m_lTime, PeriodOf(m_nPeriod).slotKind, market);
                 out.m_fCapital = capital;
             } else {
-                if (m_nPeriod <= NY_PERIOD_MIN1) out.m_lTime = stored.m_lTime;
+                if (PeriodOf(m_nPeriod).slotKind < 0) out.m_lTime = stored.m_lTime;
                 out.m_fHigh = std::max(out.m_fHigh, stored.m_fHigh);
                 out.m_fLow = std::min(out.m_fLow, stored.m_fLow);
                 out.m_fClose = stored.m_fClose;

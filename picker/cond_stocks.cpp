@@ -84,7 +84,7 @@ BOOL CCondStocks::Play(std::vector<CIndicator*>& indicators, char logic, std::ve
     const int time = CClockModule::m_SystemTime;
     // Signalled unless a quote request below clears it: the worker then does not wait.
     m_hRTEvent->Set();
-    if (period > NY_PERIOD_YEAR) {
+    if (ny::IsMinutePeriod(period)) {
         if (!PrepareMinuteData(time)) return FALSE;
     } else {
         PrepareQuotes(time, ask);

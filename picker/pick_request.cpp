@@ -11,6 +11,7 @@
 #include "host/group.h"
 #include "host/stockdb.h"
 #include "model/library.h"
+#include "model/period.h"
 #include "picker/cond_stocks.h"
 
 namespace ny {
@@ -89,7 +90,7 @@ bool PrepareConditions(const PickRequest& request, std::vector<std::unique_ptr<C
 bool CheckRequest(const PickRequest& request, CString* message) {
     if (request.conditions.empty())
         *message = MSG_PICK_NO_CONDITION;
-    else if (request.period < NY_PERIOD_DAY || request.period > NY_PERIOD_MIN60)
+    else if (ny::FindPeriod(request.period) == nullptr)
         *message = MSG_PICK_BAD_PERIOD;
     else if (request.fromDate > 0 && request.toDate > 0 && request.toDate < request.fromDate)
         *message = MSG_PICK_DATES_REVERSED;
@@ -179,7 +180,7 @@ int DefaultPickWorkers() { return std::max(1, static_cast<int>(std::thread::hard
 
 bool LoadStockBars(int stockId, short period, bool adjustPower, std::vector<CHisDay>* bars) {
     bars->clear();
-    if (period < NY_PERIOD_DAY || period > NY_PERIOD_MIN60) return false;
+    if (ny::FindPeriod(period) == nullptr) return false;
     CBarLoader loader;
     if (!loader.Load(stockId, period, adjustPower ? 1 : 0, 0)) return false;
     bars->assign(loader.DrawData(), loader.DrawData() + loader.DrawCount());

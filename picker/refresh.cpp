@@ -12,6 +12,7 @@
 #include "host/global.h"
 #include "host/quote_wire.h"
 #include "host/stockdb.h"
+#include "model/period.h"
 #include "picker/cond_stocks.h"
 
 const char* const MSG_REFRESH_TITLE = "刷新数据";
@@ -250,7 +251,7 @@ void CCondStocks::ProcFailure(int id, const CString& message) {
 void CCondStocks::AddTodayData(short period, int stockId) {
     const int date = CClockModule::m_SystemDate;
     const int time = CClockModule::m_SystemTime;
-    if (period > NY_PERIOD_YEAR) {
+    if (ny::IsMinutePeriod(period)) {
         if (!MarketClosed(date, time) || MinuteDataCurrent(date, time)) return;
         RunRequestDialog(ny::RefreshMode::Minute, {stockId});
         m_lLastUpdateMinuteDate = date;
