@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Checks that the library installs and serves another project: a fresh Ninja build of the
 # libraries and nyind, cmake --install into a temporary prefix, then the consumer project under
-# tests/consumer built against that prefix with find_package(ny_indicator) and run.
+# tests/consumer built against that prefix with find_package(ny_indicator) and run, and once more
+# with the library's sources added as its subdirectory.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/install-deps.sh
@@ -19,3 +20,7 @@ cmake --install "$work/build" --prefix "$work/prefix" >/dev/null
 cmake -S tests/consumer -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 "$work/consumer/three_bar_ma"
+
+cmake -S tests/consumer -B "$work/subdirectory" -G Ninja -DNY_INDICATOR_SOURCE_DIR="$PWD" "${launcher[@]}" >/dev/null
+cmake --build "$work/subdirectory" -j 2 --target three_bar_ma >/dev/null
+"$work/subdirectory/three_bar_ma"
