@@ -6,6 +6,7 @@
 #include <string>
 
 #include "dialogs/formula_tree.h"
+#include "dialogs/host_dialogs.h"
 #include "dialogs/stock_rules.h"
 #include "host/bar_csv.h"
 #include "host/clock.h"
@@ -13,7 +14,6 @@
 #include "host/files.h"
 #include "host/global.h"
 #include "host/group.h"
-#include "host/host_dialogs.h"
 #include "host/ini.h"
 #include "host/stockdb.h"
 #include "model/library.h"

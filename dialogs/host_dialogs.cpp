@@ -1,4 +1,4 @@
-#include "host/host_dialogs.h"
+#include "dialogs/host_dialogs.h"
 
 #include "host/group.h"
 #include "picker/refresh.h"
