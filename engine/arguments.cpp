@@ -2,13 +2,14 @@
 // then each argument as an expression of its own with a private copy of the bar range.
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
 char CIndicator::BeginCall(int argumentCount) {
-    while (*m_pCursor == ' ') ++m_pCursor;
-    if (*m_pCursor != '(') return NY_EVAL_UNKNOWN_WORD;
-    ++m_pCursor;
+    while (*Context().m_pCursor == ' ') ++Context().m_pCursor;
+    if (*Context().m_pCursor != '(') return NY_EVAL_UNKNOWN_WORD;
+    ++Context().m_pCursor;
     const unsigned char commas = static_cast<unsigned char>(CountCuma());
     if (commas == 255) return NY_EVAL_UNTERMINATED;
     if (commas != argumentCount - 1) return NY_EVAL_ARGUMENT_COUNT;

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "engine/eval_context.h"
 #include "engine/argument_scan.h"
 #include "engine/eval_code.h"
 #include "engine/function_util.h"
@@ -481,25 +482,25 @@ void KeepCallerBars(float* out, short* from, short callerFrom, short count) {
 char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, char*) {
     char rc = BeginCall(2);
     if (rc != 0) return rc;
-    char* xText = m_pCursor;
-    char* comma = ny::FindTopLevelComma(m_pCursor);
+    char* xText = Context().m_pCursor;
+    char* comma = ny::FindTopLevelComma(Context().m_pCursor);
     if (comma == nullptr) return NY_EVAL_UNTERMINATED;
-    m_pCursor = comma + 1;
+    Context().m_pCursor = comma + 1;
 
-    ny::PooledBuffer periodBuffer(m_pool, m_nBarCount);
+    ny::PooledBuffer periodBuffer(Context().pool, m_nBarCount);
     Operand period{periodBuffer.floats(), 0, *to, 0};
     rc = ReadValueArgument(periodBuffer.floats(), &period.from, &period.to, &period.isSeries, 1,
                            true);
     if (rc != 0) return rc;
 
-    PeriodCall call{NameOf(word), {}, period, periodBuffer.floats()[0], 0, m_nBarCount, m_nCurSpan};
+    PeriodCall call{NameOf(word), {}, period, periodBuffer.floats()[0], 0, m_nBarCount, Context().m_nCurSpan};
     call.n = RoundPeriod(call.p);
     if (call.name == Name::RefDate && (m_nPeriod != NY_PERIOD_DAY || call.n < 1)) return NY_EVAL_EMPTY_RANGE;
     if (call.name == Name::SumBars && call.n < 1) return NY_EVAL_EMPTY_RANGE;
 
-    char* behindCall = m_pCursor;
-    m_pCursor = xText;
-    ny::PooledBuffer xBuffer(m_pool, m_nBarCount);
+    char* behindCall = Context().m_pCursor;
+    Context().m_pCursor = xText;
+    ny::PooledBuffer xBuffer(Context().pool, m_nBarCount);
     call.x = {xBuffer.floats(), 0, *to, 0};
     rc = ReadValueArgument(xBuffer.floats(), &call.x.from, &call.x.to, &call.x.isSeries, 1, false);
     if (rc != 0) return rc;
@@ -509,7 +510,7 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
     switch (call.name) {
         case Name::Ref: Reference(call, out, from, to); break;
         case Name::RefDate:
-            rc = DateReference(call, m_pHisDay, m_nCurFrom, m_nCurTo, out, from, to);
+            rc = DateReference(call, m_pHisDay, Context().m_nCurFrom, Context().m_nCurTo, out, from, to);
             break;
         case Name::SumBars: SumBars(call, out, *from, *to); break;
         case Name::Ema:
@@ -521,7 +522,7 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
     }
     if (rc != 0) return rc;
     if (call.name != Name::Ref) KeepCallerBars(out, from, callerFrom, m_nBarCount);
-    m_pCursor = behindCall;
+    Context().m_pCursor = behindCall;
     return 0;
 }
 
@@ -529,13 +530,13 @@ char CIndicator::ReadMA(char* word, float* out, short* from, short* to, char, ch
 char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, char*) {
     char rc = BeginCall(3);
     if (rc != 0) return rc;
-    char* xText = m_pCursor;
-    char* comma = ny::FindTopLevelComma(m_pCursor);
+    char* xText = Context().m_pCursor;
+    char* comma = ny::FindTopLevelComma(Context().m_pCursor);
     if (comma == nullptr) return NY_EVAL_UNTERMINATED;
-    m_pCursor = comma + 1;
+    Context().m_pCursor = comma + 1;
 
     // One buffer serves the three arguments in turn; each argument starts from the caller's range.
-    ny::PooledBuffer buffer(m_pool, m_nBarCount);
+    ny::PooledBuffer buffer(Context().pool, m_nBarCount);
     float* values = buffer.floats();
     short argFrom = *from, argTo = *to;
     char argSeries = 0;
@@ -550,8 +551,8 @@ char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, c
     const int m = RoundPeriod(values[0]);
     if (std::fabs(static_cast<double>(values[0]) - m) > ny::kZeroTolerance) return NY_EVAL_BAD_PERIOD;
 
-    char* behindCall = m_pCursor;
-    m_pCursor = xText;
+    char* behindCall = Context().m_pCursor;
+    Context().m_pCursor = xText;
     std::fill(values, values + m_nBarCount, 0.0f);
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
@@ -567,7 +568,7 @@ char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, c
         for (int i = bars.first; i <= bars.last; ++i)
             out[i] = (values[i] > n && values[i] < m) ? 1.0f : 0.0f;
     } else {
-        if (n >= m_nCurSpan || n <= -m_nCurSpan) return NY_EVAL_EMPTY_RANGE;
+        if (n >= Context().m_nCurSpan || n <= -Context().m_nCurSpan) return NY_EVAL_EMPTY_RANGE;
         if (n < 2 || m < 1 || n <= m) return NY_EVAL_BAD_PERIOD;
         auto step = [&](long long i, float y) {
             return static_cast<float>((static_cast<double>(m) * At(values, i, m_nBarCount) +
@@ -580,6 +581,6 @@ char CIndicator::ReadSMA(char* word, float* out, short* from, short* to, char, c
             out[i] = r;
         }
     }
-    m_pCursor = behindCall;
+    Context().m_pCursor = behindCall;
     return 0;
 }

@@ -6,15 +6,14 @@
 #include <cstring>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/plan.h"
 #include "model/indicator.h"
 
 namespace {
 
-// Room for a statement of 511 bytes, the ';' planted behind it, and a terminating zero, plus one
-// byte so that a text of 512 bytes is seen as too long instead of being cut.
-constexpr size_t kLineBytes = 514;
+using ny::kLineBytes;
 
 // Copies a statement's text without CR and LF; stops once the text is known to be too long.
 void PrepareLine(const CString& text, char* line) {
@@ -33,20 +32,21 @@ int CIndicator::Calc(short from, short to) {
     if (m_nBarCount < 0 || m_pHisDay == nullptr) return 0;
     m_nNextInfoID = 1;
     m_arInfoRecords.clear();
-    m_nCurFrom = m_nDrawStart;
-    m_nCurTo = m_nDrawEnd;
-    m_nCurSpan = static_cast<short>(m_nCurTo - m_nCurFrom);
+    ny::EvalContext& context = Context();
+    context.m_nCurFrom = m_nDrawStart;
+    context.m_nCurTo = m_nDrawEnd;
+    context.m_nCurSpan = static_cast<short>(context.m_nCurTo - context.m_nCurFrom);
 
-    ny::PooledBuffer result(m_pool, m_nBarCount);
+    ny::PooledBuffer result(context.pool, m_nBarCount);
     if (to > m_nBarCount - 1) to = static_cast<short>(m_nBarCount - 1);
-    char line[kLineBytes];
+    char* line = context.line;
     if (!m_pPlan) m_pPlan = std::make_shared<ny::FormulaPlan>();
     m_pPlan->Match(*this);
     for (size_t i = 0; i < m_arExpressions.size(); ++i) {
         CExpression* expr = m_arExpressions[i];
-        m_pPlan->Enter(i, line);
+        context.plan = m_pPlan->Enter(i, line);
         EvaluateStatement(*expr, line, result.floats(), &from, &to);
-        m_pPlan->Leave();
+        context.plan = {};
         if (expr->m_cComputed == 1 && expr->m_nType > 0 && expr->m_nType < 25) {
             expr->m_nHasDraw = 1;
             expr->ResetPoints(m_nBarCount);
@@ -104,6 +104,6 @@ char CIndicator::ReadLine(char* line, float* out, short* from, short* to, char* 
         }
     }
     if (open != close) return NY_EVAL_PARENTHESES;
-    m_pCursor = line;
+    Context().m_pCursor = line;
     return ReadExpInto(out, from, to, flag, expr, outIsZero);
 }

@@ -3,6 +3,7 @@
 // allows a single comparison per leaf.
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -58,10 +59,10 @@ char CIndicator::ReadLogical(char* out, short* from, short* to, char* flag) {
     *flag = 0;
     char isSeries = 0;
     Slot slot = Slot::Start;
-    while (!AtStatementEnd(*m_pCursor)) {
-        const char* p = m_pCursor;
+    while (!AtStatementEnd(*Context().m_pCursor)) {
+        const char* p = Context().m_pCursor;
         if (*p == ' ') {
-            ++m_pCursor;
+            ++Context().m_pCursor;
             continue;
         }
         int length = 0;
@@ -69,21 +70,21 @@ char CIndicator::ReadLogical(char* out, short* from, short* to, char* flag) {
         else if (*p == '|') return NY_EVAL_LONE_OPERATOR;
         if (length != 0) {
             if (slot != Slot::AfterOperand) return NY_EVAL_MISPLACED_OPERATOR;
-            m_pCursor += length;
+            Context().m_pCursor += length;
             slot = Slot::AfterOperator;
             continue;
         }
         if (slot == Slot::AfterOperand) return NY_EVAL_MISPLACED_OPERATOR;
-        ny::PooledBuffer operand(m_pool, m_nBarCount);
+        ny::PooledBuffer operand(Context().pool, m_nBarCount);
         char operandFlag = permission;
         const char rc = ReadLogItem(operand.bytes(), from, to, &operandFlag);
         if (rc != 0) return rc;
         CombineBytes(out, &isSeries, operand.bytes(), operandFlag, false, *from, *to, m_nBarCount);
         slot = Slot::AfterOperand;
     }
-    if (*m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
-    if (closedByParen != (*m_pCursor == ')')) return NY_EVAL_PARENTHESES;
-    ++m_pCursor;
+    if (*Context().m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
+    if (closedByParen != (*Context().m_pCursor == ')')) return NY_EVAL_PARENTHESES;
+    ++Context().m_pCursor;
     *flag = isSeries;
     return 0;
 }
@@ -94,10 +95,10 @@ char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
     char isSeries = 0;
     out[0] = 1;
     Slot slot = Slot::Start;
-    while (!AtStatementEnd(*m_pCursor) && *m_pCursor != '|' && !ny::AtOrWord(m_pCursor)) {
-        const char* p = m_pCursor;
+    while (!AtStatementEnd(*Context().m_pCursor) && *Context().m_pCursor != '|' && !ny::AtOrWord(Context().m_pCursor)) {
+        const char* p = Context().m_pCursor;
         if (*p == ' ') {
-            ++m_pCursor;
+            ++Context().m_pCursor;
             continue;
         }
         int length = 0;
@@ -106,22 +107,22 @@ char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
         else if (*p == '&') return NY_EVAL_LONE_OPERATOR;
         if (length != 0) {
             if (slot != Slot::AfterOperand) return NY_EVAL_MISPLACED_OPERATOR;
-            m_pCursor += length;
+            Context().m_pCursor += length;
             slot = Slot::AfterOperator;
             continue;
         }
         if (slot == Slot::AfterOperand) return NY_EVAL_MISSING_TERM_OPERATOR;
-        ny::PooledBuffer operand(m_pool, m_nBarCount);
+        ny::PooledBuffer operand(Context().pool, m_nBarCount);
         char operandFlag = permission;
         char rc;
         if (*p == '(') {
             const char decided = ScanParenthesis(p);
             if (decided == ';') {
-                while (*m_pCursor != ';' && *m_pCursor != '\0') ++m_pCursor;
+                while (*Context().m_pCursor != ';' && *Context().m_pCursor != '\0') ++Context().m_pCursor;
                 return NY_EVAL_UNTERMINATED;
             }
             if (decided != ')') {
-                ++m_pCursor;
+                ++Context().m_pCursor;
                 operandFlag = permission + 2;
                 rc = ReadLogical(operand.bytes(), from, to, &operandFlag);
             } else {
@@ -141,15 +142,15 @@ char CIndicator::ReadLogItem(char* out, short* from, short* to, char* flag) {
 char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
     const char permission = *flag != 0 ? NY_EVAL_BAD_LENGTH : 0;
     *flag = 0;
-    if (*m_pCursor == '!') return ReadNegatedLeaf(out, from, to, flag, permission);
+    if (*Context().m_pCursor == '!') return ReadNegatedLeaf(out, from, to, flag, permission);
 
-    ny::PooledBuffer left(m_pool, m_nBarCount);
-    ny::PooledBuffer right(m_pool, m_nBarCount);
+    ny::PooledBuffer left(Context().pool, m_nBarCount);
+    ny::PooledBuffer right(Context().pool, m_nBarCount);
     short leftFrom = *from, leftTo = *to, rightFrom = *from, rightTo = *to;
     char leftFlag = permission, rightFlag = permission;
     ny::Op comparison = ny::Op::None;
     int open = 0, close = 0;
-    char* p = m_pCursor;
+    char* p = Context().m_pCursor;
     for (;; ++p) {
         const char c = *p;
         if (c == ';' || c == '\0' || c == '&' || c == '|' || ny::AtAndWord(p) || ny::AtOrWord(p))
@@ -163,7 +164,7 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
             if (open == close) break;
         } else if ((c == '>' || c == '<' || c == '=' || c == '!') && open == close) {
             if (comparison != ny::Op::None || (c == '!' && p[1] != '=')) {
-                m_pCursor = p;
+                Context().m_pCursor = p;
                 return NY_EVAL_LONE_OPERATOR;
             }
             *p = ';';
@@ -173,11 +174,11 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
             int length;
             comparison = ComparisonAt(p, &length);
             p += length - 1;
-            m_pCursor = p + 1;
+            Context().m_pCursor = p + 1;
         }
     }
     if (*p == ';' || *p == '\0') {
-        m_pCursor = p;
+        Context().m_pCursor = p;
         return NY_EVAL_UNTERMINATED;
     }
     const char stop = *p;
@@ -187,7 +188,7 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
                         : ReadExpInto(left.floats(), &leftFrom, &leftTo, &leftFlag, nullptr, true);
     *p = stop;
     if (rc != 0) return rc;
-    m_pCursor = p;
+    Context().m_pCursor = p;
 
     float* l = left.floats();
     float* r = right.floats();
@@ -220,11 +221,11 @@ char CIndicator::ReadLogNum(char* out, short* from, short* to, char* flag) {
 
 // "!" in front of a nested condition inverts it; in front of a word it tests the word for zero.
 char CIndicator::ReadNegatedLeaf(char* out, short* from, short* to, char* flag, char permission) {
-    ++m_pCursor;
-    while (*m_pCursor == ' ') ++m_pCursor;
-    if (*m_pCursor == '(') {
-        ++m_pCursor;
-        ny::PooledBuffer inner(m_pool, m_nBarCount);
+    ++Context().m_pCursor;
+    while (*Context().m_pCursor == ' ') ++Context().m_pCursor;
+    if (*Context().m_pCursor == '(') {
+        ++Context().m_pCursor;
+        ny::PooledBuffer inner(Context().pool, m_nBarCount);
         char innerFlag = permission + 2;
         const char rc = ReadLogical(inner.bytes(), from, to, &innerFlag);
         if (rc != 0) return rc;
@@ -238,7 +239,7 @@ char CIndicator::ReadNegatedLeaf(char* out, short* from, short* to, char* flag, 
         for (int i = span.first; i <= span.last; ++i) out[i] = bytes[i] == 0;
         return 0;
     }
-    ny::PooledBuffer value(m_pool, m_nBarCount);
+    ny::PooledBuffer value(Context().pool, m_nBarCount);
     char valueFlag = permission;
     const char rc = ReadNumber(value.floats(), from, to, &valueFlag, nullptr);
     if (rc != 0) return rc;

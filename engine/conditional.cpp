@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/eval_context.h"
 #include "engine/argument_scan.h"
 #include "engine/eval_code.h"
 #include "engine/eval_util.h"
@@ -20,13 +21,13 @@ char ReadChosenBranch(CIndicator& ind, bool takeFirst, float* out, short* from, 
     if (takeFirst) {
         const char rc = ind.ReadExp(out, from, to, &flag, nullptr);
         if (rc != 0) return rc;
-        char* closing = ny::FindClosingParenthesis(ind.m_pCursor);
+        char* closing = ny::FindClosingParenthesis(ind.Context().m_pCursor);
         if (closing == nullptr) return NY_EVAL_UNTERMINATED;
-        ind.m_pCursor = closing + 1;
+        ind.Context().m_pCursor = closing + 1;
     } else {
-        char* comma = ny::FindTopLevelComma(ind.m_pCursor);
+        char* comma = ny::FindTopLevelComma(ind.Context().m_pCursor);
         if (comma == nullptr) return NY_EVAL_UNTERMINATED;
-        ind.m_pCursor = comma + 1;
+        ind.Context().m_pCursor = comma + 1;
         flag = static_cast<char>(permission + 2);
         const char rc = ind.ReadExp(out, from, to, &flag, nullptr);
         if (rc != 0) return rc;
@@ -39,13 +40,13 @@ char ReadChosenBranch(CIndicator& ind, bool takeFirst, float* out, short* from, 
 char MergeBranches(CIndicator& ind, const char* truth, bool inverted, float* out, short* from,
                    short* to, char permission) {
     const short count = ind.m_nBarCount;
-    ny::PooledBuffer first(ind.m_pool, count);
+    ny::PooledBuffer first(ind.Context().pool, count);
     short firstFrom = *from, firstTo = *to;
     char firstSeries = 0;
     char rc = ind.ReadValueArgument(first.floats(), &firstFrom, &firstTo, &firstSeries,
                                     permission, false);
     if (rc != 0) return rc;
-    ny::PooledBuffer second(ind.m_pool, count);
+    ny::PooledBuffer second(ind.Context().pool, count);
     short secondFrom = *from, secondTo = *to;
     char secondSeries = 0;
     rc = ind.ReadValueArgument(second.floats(), &secondFrom, &secondTo, &secondSeries, permission,
@@ -71,7 +72,7 @@ char CIndicator::ReadIf(char* word, float* out, short* from, short* to, char per
     if (rc != 0) return rc;
     const bool inverted = std::strcmp(word, "IFN") == 0;
 
-    ny::PooledBuffer condition(m_pool, m_nBarCount);
+    ny::PooledBuffer condition(Context().pool, m_nBarCount);
     char conditionSeries = permission;
     rc = ReadLogical(condition.bytes(), from, to, &conditionSeries);
     if (rc != 0) return rc;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -170,7 +171,7 @@ char CIndicator::ReadCOUNT(char* word, float* out, short* from, short* to, char,
     if (rc != 0) return rc;
     ny::FirstArgumentLast order(*this);
     if ((rc = order.Skip()) != 0) return rc;
-    ny::PooledBuffer periodBuffer(m_pool, m_nBarCount);
+    ny::PooledBuffer periodBuffer(Context().pool, m_nBarCount);
     const float* period = periodBuffer.floats();
     short nFrom = *from, nTo = *to;
     char nSeries = 0;
@@ -179,7 +180,7 @@ char CIndicator::ReadCOUNT(char* word, float* out, short* from, short* to, char,
     if (!nSeries && (n < 0 || !ny::IsWholeNumber(period[0]))) return NY_EVAL_BAD_PERIOD;
 
     order.ReturnToFirst();
-    ny::PooledBuffer condition(m_pool, m_nBarCount);
+    ny::PooledBuffer condition(Context().pool, m_nBarCount);
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
     if ((rc = ReadConditionArgument(condition.bytes(), &xFrom, &xTo, &xSeries, 1, false)) != 0)
@@ -222,7 +223,7 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
     ny::FirstArgumentLast order(*this);
     if ((rc = order.Skip()) != 0) return rc;
     // The two offsets share one buffer, zeroed between them.
-    ny::PooledBuffer offsetBuffer(m_pool, m_nBarCount);
+    ny::PooledBuffer offsetBuffer(Context().pool, m_nBarCount);
     float offsets[2];
     for (int k = 0; k < 2; ++k) {
         short f = *from, t = *to;
@@ -237,7 +238,7 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
     const int b = std::min(ny::RoundedPeriod(offsets[1]), ny::kLongestPeriod);
 
     order.ReturnToFirst();
-    ny::PooledBuffer condition(m_pool, m_nBarCount);
+    ny::PooledBuffer condition(Context().pool, m_nBarCount);
     const char* x = condition.bytes();
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
@@ -260,7 +261,7 @@ char CIndicator::ReadLAST(char*, float* out, short* from, short* to, char, char*
 
 char CIndicator::ReadLogicalFun(char* word, float* out, short* from, short* to, char, char*) {
     const BarsFunc kind = FindBarsFunc(word);
-    ny::PooledBuffer condition(m_pool, m_nBarCount);
+    ny::PooledBuffer condition(Context().pool, m_nBarCount);
     const char* x = condition.bytes();
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
@@ -297,7 +298,7 @@ char CIndicator::ReadLogicalFun(char* word, float* out, short* from, short* to, 
 
 char CIndicator::ReadBARSCOUNT(char* word, float* out, short* from, short* to, char, char*) {
     const RangeFunc kind = FindRangeFunc(word);
-    ny::PooledBuffer value(m_pool, m_nBarCount);
+    ny::PooledBuffer value(Context().pool, m_nBarCount);
     const float* x = value.floats();
     short xFrom = *from, xTo = *to;
     char xSeries = 0;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -52,8 +53,8 @@ char CIndicator::ReadCROSS(char*, float* out, short* from, short* to, char, char
     if (rc != 0) return rc;
     ny::FirstArgumentLast order(*this);
     if ((rc = order.Skip()) != 0) return rc;
-    ny::PooledBuffer bufferA(m_pool, m_nBarCount);
-    ny::PooledBuffer bufferB(m_pool, m_nBarCount);
+    ny::PooledBuffer bufferA(Context().pool, m_nBarCount);
+    ny::PooledBuffer bufferB(Context().pool, m_nBarCount);
     float* a = bufferA.floats();
     float* b = bufferB.floats();
     short aFrom = *from, aTo = *to, bFrom = *from, bTo = *to;
@@ -80,9 +81,9 @@ char CIndicator::ReadLONGCROSS(char* word, float* out, short* from, short* to, c
     if (rc != 0) return rc;
     ny::FirstArgumentLast order(*this);
     if ((rc = order.Skip()) != 0) return rc;
-    ny::PooledBuffer bufferA(m_pool, m_nBarCount);
-    ny::PooledBuffer bufferB(m_pool, m_nBarCount);
-    ny::PooledBuffer bufferN(m_pool, m_nBarCount);
+    ny::PooledBuffer bufferA(Context().pool, m_nBarCount);
+    ny::PooledBuffer bufferB(Context().pool, m_nBarCount);
+    ny::PooledBuffer bufferN(Context().pool, m_nBarCount);
     float* a = bufferA.floats();
     float* b = bufferB.floats();
     short aFrom = *from, aTo = *to, bFrom = *from, bTo = *to, nFrom = *from, nTo = *to;

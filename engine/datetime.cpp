@@ -9,6 +9,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "host/clock.h"
@@ -153,7 +154,7 @@ char CIndicator::ReadDATETIME(char* word, float* out, short* from, short* to, ch
 
 char CIndicator::ReadDATETODAY(char* word, float* out, short* from, short* to, char, char*) {
     const Conversion kind = FindConversion(word);
-    ny::PooledBuffer argument(m_pool, m_nBarCount);
+    ny::PooledBuffer argument(Context().pool, m_nBarCount);
     short argFrom = *from, argTo = *to;
     char argSeries = 0;
     if (const char rc = ReadSoleArgument(argument.floats(), &argFrom, &argTo, &argSeries, 1)) return rc;
@@ -176,8 +177,8 @@ char CIndicator::ReadDATETODAY(char* word, float* out, short* from, short* to, c
 char CIndicator::ReadBeta(int period, float* out, short* from, short* to) {
     // Beyond 16-bit bar numbers no window differs; the limit keeps the bar arithmetic in range.
     const int n = std::clamp(period, -ny::kLongestPeriod, ny::kLongestPeriod);
-    ny::PooledBuffer stockBuffer(m_pool, m_nBarCount);
-    ny::PooledBuffer indexBuffer(m_pool, m_nBarCount);
+    ny::PooledBuffer stockBuffer(Context().pool, m_nBarCount);
+    ny::PooledBuffer indexBuffer(Context().pool, m_nBarCount);
     float* stock = stockBuffer.floats();
     float* index = indexBuffer.floats();
     CIndex& marketIndex = MarketIndex(m_lStockID);

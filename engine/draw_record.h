@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string>
 
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/series_pool.h"
 #include "model/indicator.h"
@@ -30,7 +31,7 @@ enum class SpreadRule { Never, Always, NonZero, NotNegative };
 class Operand {
 public:
     Operand(CIndicator& ind, short from, short to)
-        : m_buffer(ind.m_pool, static_cast<size_t>(std::max<short>(ind.m_nBarCount, 1))),
+        : m_buffer(ind.Context().pool, static_cast<size_t>(std::max<short>(ind.m_nBarCount, 1))),
           m_count(ind.m_nBarCount), from(from), to(to) {}
 
     float* values() const { return m_buffer.floats(); }

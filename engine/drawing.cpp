@@ -8,6 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/eval_context.h"
 #include "engine/argument_scan.h"
 #include "engine/draw_record.h"
 #include "engine/eval_code.h"
@@ -47,16 +48,16 @@ char ReadWholeArgument(CIndicator& ind, Operand& a, bool last, int* value) {
 }
 
 void SkipBlanks(CIndicator& ind) {
-    while (*ind.m_pCursor == ' ') ++ind.m_pCursor;
+    while (*ind.Context().m_pCursor == ' ') ++ind.Context().m_pCursor;
 }
 
 // Puts the cursor behind the next ")", code 10 if the statement ends first.
 char StepBehindParenthesis(CIndicator& ind) {
-    char* p = ind.m_pCursor;
+    char* p = ind.Context().m_pCursor;
     while (*p != ')' && *p != ';' && *p != '\0') ++p;
-    ind.m_pCursor = p;
+    ind.Context().m_pCursor = p;
     if (*p != ')') return NY_EVAL_UNTERMINATED;
-    ++ind.m_pCursor;
+    ++ind.Context().m_pCursor;
     return 0;
 }
 
@@ -64,12 +65,12 @@ char StepBehindParenthesis(CIndicator& ind) {
 // closing one. The cursor ends behind the closing quote; the text is cut at 127 bytes.
 char ReadQuotedText(CIndicator& ind, std::string* text) {
     SkipBlanks(ind);
-    if (*ind.m_pCursor != '\'') return NY_EVAL_UNKNOWN_WORD;
-    const char* start = ++ind.m_pCursor;
+    if (*ind.Context().m_pCursor != '\'') return NY_EVAL_UNKNOWN_WORD;
+    const char* start = ++ind.Context().m_pCursor;
     const char* end = std::strchr(start, '\'');
     if (end == nullptr) return NY_EVAL_UNTERMINATED;
     text->assign(start, std::min<size_t>(end - start, ny::kDrawTextBytes));
-    ind.m_pCursor = const_cast<char*>(end) + 1;
+    ind.Context().m_pCursor = const_cast<char*>(end) + 1;
     return 0;
 }
 
@@ -285,7 +286,7 @@ char CIndicator::ReadDrawFunc_DRAWNUMBER(char*, float*, short* from, short* to, 
     record.FillTruth(0, cond, cond.from, cond.to, m_nBarCount);
     record.Fill(2, price, price.from, price.to, m_nBarCount, SpreadRule::NonZero);
     record.Fill(1, number, cond.from, cond.to, m_nBarCount, SpreadRule::NonZero);
-    while (*m_pCursor != ';' && *m_pCursor != '\0') ++m_pCursor;
+    while (*Context().m_pCursor != ';' && *Context().m_pCursor != '\0') ++Context().m_pCursor;
     expr->m_nType = ny::kDrawNumber;
     return 0;
 }
@@ -319,10 +320,10 @@ char CIndicator::ReadDrawFunc_HITTIP(char*, float*, short* from, short* to, char
     char rc = ReadExp(info.values(), &info.from, &info.to, &flag, expr);
     if (rc == 0) rc = ReadValue(*this, type, false);
     if (rc != 0) return rc;
-    char* closing = ny::FindClosingParenthesis(m_pCursor);
+    char* closing = ny::FindClosingParenthesis(Context().m_pCursor);
     if (closing == nullptr) return NY_EVAL_UNTERMINATED;
     ReadValue(*this, price, true);
-    m_pCursor = closing + 1;
+    Context().m_pCursor = closing + 1;
     if (!price.isSeries && price.values()[0] == 0.0f) return NY_EVAL_CONSTANT_ARGUMENT;
     DrawRecord record(*expr);
     record.SetArg(0, type.values()[0]);
@@ -347,12 +348,12 @@ char CIndicator::ReadDrawFunc_BACKGBK(char*, float*, short* from, short* to, cha
     if (rc == 0) rc = ReadQuotedText(*this, &picture);
     if (rc != 0) return rc;
     SkipBlanks(*this);
-    if (*m_pCursor != ',') return NY_EVAL_ARGUMENT_COUNT;
-    ++m_pCursor;
-    char* closing = ny::FindClosingParenthesis(m_pCursor);
+    if (*Context().m_pCursor != ',') return NY_EVAL_ARGUMENT_COUNT;
+    ++Context().m_pCursor;
+    char* closing = ny::FindClosingParenthesis(Context().m_pCursor);
     if (closing == nullptr) return NY_EVAL_UNTERMINATED;
     if ((rc = ReadSwitch(*this, stretch, true, &stretchOn)) != 0) return rc;
-    m_pCursor = closing + 1;
+    Context().m_pCursor = closing + 1;
     DrawRecord record(*expr);
     record.Put<int>(0, WholeValue(color1));
     record.Put<int>(4, WholeValue(color2));
@@ -428,7 +429,7 @@ char CIndicator::ReadTextArgument(const ny::Operand& cond, const ny::Operand& la
                                   short* from, short* to, CExpression* expr) {
     DrawRecord record(*expr);
     SkipBlanks(*this);
-    if (*m_pCursor == '\'') {
+    if (*Context().m_pCursor == '\'') {
         std::string text;
         char rc = ReadQuotedText(*this, &text);
         if (rc == 0) rc = StepBehindParenthesis(*this);
@@ -437,7 +438,7 @@ char CIndicator::ReadTextArgument(const ny::Operand& cond, const ny::Operand& la
         if ((rc = MergeRange(from, to, cond.from, cond.to)) != 0) return rc;
         return MergeRange(from, to, lastValue.from, lastValue.to);
     }
-    char* start = m_pCursor;
+    char* start = Context().m_pCursor;
     const CString before = expr->m_strDrawText;
     Operand text(*this, 0, *to);
     char flag = 3;
@@ -447,11 +448,11 @@ char CIndicator::ReadTextArgument(const ny::Operand& cond, const ny::Operand& la
         if (const char rc = MergeRange(from, to, cond.from, cond.to)) return rc;
         return MergeRange(from, to, text.from, text.to);
     }
-    m_pCursor = start;
-    char* closing = ny::FindClosingParenthesis(m_pCursor);
+    Context().m_pCursor = start;
+    char* closing = ny::FindClosingParenthesis(Context().m_pCursor);
     if (closing == nullptr) return NY_EVAL_UNTERMINATED;
     const std::string name(start, std::min<size_t>(closing - start, ny::kDrawTextBytes));
-    m_pCursor = closing + 1;
+    Context().m_pCursor = closing + 1;
     for (const CExpression* statement : m_arExpressions) {
         if (statement->m_strName != name) continue;
         if (!statement->m_cComputed) return NY_EVAL_UNKNOWN_WORD;

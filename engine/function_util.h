@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "engine/eval_context.h"
 #include "engine/argument_scan.h"
 #include "engine/eval_code.h"
 #include "model/indicator.h"
@@ -50,21 +51,21 @@ public:
     explicit FirstArgumentLast(CIndicator& indicator) : m_indicator(indicator) {}
 
     char Skip() {
-        m_first = m_indicator.m_pCursor;
+        m_first = m_indicator.Context().m_pCursor;
         char* comma = FindTopLevelComma(m_first);
         if (comma == nullptr) {
-            while (*m_indicator.m_pCursor != ';' && *m_indicator.m_pCursor != '\0')
-                ++m_indicator.m_pCursor;
+            while (*m_indicator.Context().m_pCursor != ';' && *m_indicator.Context().m_pCursor != '\0')
+                ++m_indicator.Context().m_pCursor;
             return NY_EVAL_UNTERMINATED;
         }
-        m_indicator.m_pCursor = comma + 1;
+        m_indicator.Context().m_pCursor = comma + 1;
         return 0;
     }
     void ReturnToFirst() {
-        m_end = m_indicator.m_pCursor;
-        m_indicator.m_pCursor = m_first;
+        m_end = m_indicator.Context().m_pCursor;
+        m_indicator.Context().m_pCursor = m_first;
     }
-    void Finish() { m_indicator.m_pCursor = m_end; }
+    void Finish() { m_indicator.Context().m_pCursor = m_end; }
 
 private:
     CIndicator& m_indicator;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "model/indicator.h"
 
@@ -171,21 +172,22 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
     *isSeries = 0;
     Slot slot = Slot::Start;
     Op pending = Op::None;
-    while (!level.ends(m_pCursor)) {
-        if (*m_pCursor == ' ') {
-            ++m_pCursor;
+    char*& cursor = Context().m_pCursor;
+    while (!level.ends(cursor)) {
+        if (*cursor == ' ') {
+            ++cursor;
             continue;
         }
         Op op = Op::None;
         int length = 0;
-        const char malformed = level.scanOperator(m_pCursor, &op, &length);
+        const char malformed = level.scanOperator(cursor, &op, &length);
         if (malformed || op != Op::None) {
             // Where no operator may stand, a lone "&", "|" or "!" is misplaced like any other.
             const bool allowed =
                 slot == Slot::AfterOperand || (level.signsAtStart && slot == Slot::Start);
             if (!allowed) return NY_EVAL_MISPLACED_OPERATOR;
             if (malformed) return malformed;
-            m_pCursor += length;
+            cursor += length;
             pending = op;
             slot = Slot::AfterOperator;
             continue;
@@ -201,7 +203,7 @@ char CIndicator::ReadLevel(const ny::GrammarLevel& level, float* out, short* fro
             slot = Slot::AfterOperand;
             continue;
         }
-        ny::PooledBuffer operand(m_pool, m_nBarCount);
+        ny::PooledBuffer operand(Context().pool, m_nBarCount);
         char operandFlag = permission;
         if (const char rc = (this->*level.next)(operand.floats(), from, to, &operandFlag, expr))
             return rc;
@@ -225,9 +227,9 @@ char CIndicator::ReadExpInto(float* out, short* from, short* to, char* flag, CEx
     char isSeries = 0;
     if (const char rc = ReadLevel(kLogicalLevel, out, from, to, permission, &isSeries, expr, outIsZero))
         return rc;
-    if (*m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
-    if (closedByParen != (*m_pCursor == ')')) return NY_EVAL_PARENTHESES;
-    ++m_pCursor;
+    if (*Context().m_pCursor == '\0') return NY_EVAL_UNTERMINATED;
+    if (closedByParen != (*Context().m_pCursor == ')')) return NY_EVAL_PARENTHESES;
+    ++Context().m_pCursor;
     *flag = isSeries;
     return 0;
 }
@@ -251,8 +253,8 @@ char CIndicator::ReadItem(float* out, short* from, short* to, char* flag, CExpre
 // An operand of the multiplication level: an expression in parentheses, which passes no
 // statement on, or one word.
 char CIndicator::ReadFactor(float* out, short* from, short* to, char* flag, CExpression* expr) {
-    if (*m_pCursor != '(') return ReadNumber(out, from, to, flag, expr);
-    ++m_pCursor;
+    if (*Context().m_pCursor != '(') return ReadNumber(out, from, to, flag, expr);
+    ++Context().m_pCursor;
     *flag = static_cast<char>(*flag + 2);
     return ReadExpInto(out, from, to, flag, nullptr, true);
 }
@@ -262,10 +264,10 @@ char CIndicator::CountCuma() {
     int close = 0;
     int quotes = 0;
     unsigned char commas = 0;
-    for (char* p = m_pCursor;; ++p) {
+    for (char* p = Context().m_pCursor;; ++p) {
         const char c = *p;
         if (c == ';' || c == '\0') {
-            m_pCursor = p;
+            Context().m_pCursor = p;
             return static_cast<char>(255);
         }
         if (c == '(') {

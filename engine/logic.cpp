@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -38,7 +39,7 @@ char CIndicator::ReadFINDHIGH(char* word, float* out, short* from, short* to, ch
     ny::FirstArgumentLast order(*this);
     if ((rc = order.Skip()) != 0) return rc;
     // N, M and T share one buffer, zeroed before each; T must be a constant.
-    ny::PooledBuffer numberBuffer(m_pool, m_nBarCount);
+    ny::PooledBuffer numberBuffer(Context().pool, m_nBarCount);
     int numbers[3];
     for (int k = 0; k < 3; ++k) {
         short f = *from, t = *to;
@@ -51,7 +52,7 @@ char CIndicator::ReadFINDHIGH(char* word, float* out, short* from, short* to, ch
         numbers[k] = ny::RoundedPeriod(v);
     }
     order.ReturnToFirst();
-    ny::PooledBuffer value(m_pool, m_nBarCount);
+    ny::PooledBuffer value(Context().pool, m_nBarCount);
     const float* x = value.floats();
     short xFrom = *from, xTo = *to;
     char xSeries = 0;
@@ -60,13 +61,13 @@ char CIndicator::ReadFINDHIGH(char* word, float* out, short* from, short* to, ch
     if (!xSeries) return NY_EVAL_CONSTANT_ARGUMENT;
 
     const int n = numbers[0], m = numbers[1];
-    if (n < 0 || n >= m_nCurSpan || m < 0 || m >= m_nCurSpan || n > m) return NY_EVAL_EMPTY_RANGE;
+    if (n < 0 || n >= Context().m_nCurSpan || m < 0 || m >= Context().m_nCurSpan || n > m) return NY_EVAL_EMPTY_RANGE;
     // T is limited by M, not by the window's size M - N + 1; with M = 0 the one value is taken.
     const int place = std::max(std::min(std::max(numbers[2], 1), m), 1);
 
     *from = ny::ClampBar(n + xFrom);
     *to = xTo;
-    ny::PooledBuffer work(m_pool, m_nBarCount);
+    ny::PooledBuffer work(Context().pool, m_nBarCount);
     float* window = work.floats();
     const ny::BarSpan span(*from, *to, m_nBarCount);
     for (int i = span.first; i <= span.last; ++i) {
@@ -83,10 +84,10 @@ char CIndicator::ReadForCla(char*, float*, short* from, short* to, char, char*) 
     char rc = BeginCall(4);
     if (rc != 0) return rc;
     char names[4][128] = {};
-    for (int k = 0; k < 4; ++k) ReadRawName(m_pCursor, k < 3 ? ',' : ')', names[k]);
+    for (int k = 0; k < 4; ++k) ReadRawName(Context().m_pCursor, k < 3 ? ',' : ')', names[k]);
     // The call takes the rest of its statement: nothing behind it is read.
-    while (*m_pCursor != ';' && *m_pCursor != '\0') ++m_pCursor;
-    if (*m_pCursor == ';') ++m_pCursor;
+    while (*Context().m_pCursor != ';' && *Context().m_pCursor != '\0') ++Context().m_pCursor;
+    if (*Context().m_pCursor == ';') ++Context().m_pCursor;
 
     float* series[4] = {};
     int bars = m_nBarCount;

@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/function_util.h"
 #include "model/indicator.h"
@@ -105,7 +106,7 @@ char CIndicator::ReadMathFunc1(char* word, float* out, short* from, short* to, c
                                char* isSeries) {
     Func1 kind;
     if (!FindFunc1(word, &kind)) return NY_EVAL_UNKNOWN_WORD;
-    ny::PooledBuffer argument(m_pool, m_nBarCount);
+    ny::PooledBuffer argument(Context().pool, m_nBarCount);
     float* x = argument.floats();
     if (const char rc = ReadSoleArgument(x, from, to, isSeries, permission)) return rc;
 
@@ -145,8 +146,8 @@ char CIndicator::ReadMathFunc2(char* word, float* out, short* from, short* to, c
     const Func2 kind = FindFunc2(word);
     char rc = BeginCall(2);
     if (rc != 0) return rc;
-    ny::PooledBuffer bufferA(m_pool, m_nBarCount);
-    ny::PooledBuffer bufferB(m_pool, m_nBarCount);
+    ny::PooledBuffer bufferA(Context().pool, m_nBarCount);
+    ny::PooledBuffer bufferB(Context().pool, m_nBarCount);
     float* a = bufferA.floats();
     float* b = bufferB.floats();
     short aFrom = *from, aTo = *to, bFrom = *from, bTo = *to;
@@ -183,9 +184,9 @@ char CIndicator::ReadMathFunc3(char* word, float* out, short* from, short* to, c
     const bool isRgb = std::strcmp(word, "RGB") == 0;
     char rc = BeginCall(3);
     if (rc != 0) return rc;
-    ny::PooledBuffer buffers[3] = {{m_pool, static_cast<size_t>(m_nBarCount)},
-                                   {m_pool, static_cast<size_t>(m_nBarCount)},
-                                   {m_pool, static_cast<size_t>(m_nBarCount)}};
+    ny::PooledBuffer buffers[3] = {{Context().pool, static_cast<size_t>(m_nBarCount)},
+                                   {Context().pool, static_cast<size_t>(m_nBarCount)},
+                                   {Context().pool, static_cast<size_t>(m_nBarCount)}};
     short argFrom[3], argTo[3];
     char argSeries[3] = {};
     for (int k = 0; k < 3; ++k) {

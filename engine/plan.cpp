@@ -22,7 +22,6 @@ bool SameDefinition(const CIndicator& formula, const std::vector<CString>& param
 }  // namespace
 
 void FormulaPlan::Match(const CIndicator& formula) {
-    m_current = nullptr;
     if (SameDefinition(formula, m_paramNames, m_statements)) return;
     m_paramNames.clear();
     for (const CParam* param : formula.m_arParams) m_paramNames.push_back(param->m_strName);
@@ -35,15 +34,14 @@ void FormulaPlan::Match(const CIndicator& formula) {
     }
 }
 
-void FormulaPlan::Enter(size_t statement, const char* line) {
-    m_current = statement < m_statements.size() ? &m_statements[statement] : nullptr;
-    m_line = line;
+PlanPlace FormulaPlan::Enter(size_t statement, const char* line) {
+    return {statement < m_statements.size() ? &m_statements[statement] : nullptr, line};
 }
 
-PlannedWord* FormulaPlan::WordAt(const char* cursor) {
-    if (m_current == nullptr || cursor < m_line) return nullptr;
-    const size_t offset = static_cast<size_t>(cursor - m_line);
-    return offset < m_current->words.size() ? &m_current->words[offset] : nullptr;
+PlannedWord* PlanPlace::WordAt(const char* cursor) const {
+    if (statement == nullptr || cursor < line) return nullptr;
+    const size_t offset = static_cast<size_t>(cursor - line);
+    return offset < statement->words.size() ? &statement->words[offset] : nullptr;
 }
 
 }  // namespace ny

@@ -36,22 +36,26 @@ struct StatementPlan {
     std::vector<PlannedWord> words;
 };
 
+// Where an evaluation stands in a plan: the statement being read and the line it is read from.
+// It belongs to the evaluation's context, so that the plan itself holds no run state.
+struct PlanPlace {
+    StatementPlan* statement = nullptr;
+    const char* line = nullptr;
+    // The planned word at the cursor, or null outside a planned line.
+    PlannedWord* WordAt(const char* cursor) const;
+};
+
 class FormulaPlan {
 public:
     // Keeps the plan if the formula's statements and parameters are those it was made for;
     // otherwise starts an empty one for them.
     void Match(const CIndicator& formula);
-    // The plan of statement i and the line it is read from; words are looked up relative to it.
-    void Enter(size_t statement, const char* line);
-    void Leave() { m_current = nullptr; }
-    // The planned word at the cursor, or null outside a planned line.
-    PlannedWord* WordAt(const char* cursor);
+    // The plan of statement i read from `line`; words are looked up relative to the line.
+    PlanPlace Enter(size_t statement, const char* line);
 
 private:
     std::vector<CString> m_paramNames;
     std::vector<StatementPlan> m_statements;
-    StatementPlan* m_current = nullptr;
-    const char* m_line = nullptr;
 };
 
 }  // namespace ny

@@ -24,8 +24,6 @@ class PooledBuffer {
 public:
     PooledBuffer(SeriesPool& pool, size_t floats)
         : m_pool(pool), m_data(pool.Take(floats)), m_capacity(pool.Capacity()) {}
-    // Borrows from a formula object's pool, making the pool on the object's first borrow.
-    PooledBuffer(std::shared_ptr<SeriesPool>& pool, size_t floats) : PooledBuffer(Made(pool), floats) {}
     ~PooledBuffer() { m_pool.Give(m_data, m_capacity); }
     PooledBuffer(const PooledBuffer&) = delete;
     PooledBuffer& operator=(const PooledBuffer&) = delete;
@@ -34,11 +32,6 @@ public:
     char* bytes() const { return reinterpret_cast<char*>(m_data); }
 
 private:
-    static SeriesPool& Made(std::shared_ptr<SeriesPool>& pool) {
-        if (!pool) pool = std::make_shared<SeriesPool>();
-        return *pool;
-    }
-
     SeriesPool& m_pool;
     float* m_data;
     size_t m_capacity;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "engine/eval_context.h"
 #include "engine/draw_record.h"
 #include "engine/eval_code.h"
 #include "engine/function_util.h"
@@ -190,8 +191,8 @@ char CIndicator::ReadSAR(char* word, float* out, short* from, short* to, char, c
     const float s = static_cast<float>(step.values()[0] / 100.0);
     const float m = static_cast<float>(limit.values()[0] / 100.0);
     if (bars < 2 || s < 0 || m < s) return NY_EVAL_ZERO_DIVISOR;
-    const int first = std::max({static_cast<int>(*from), static_cast<int>(m_nCurFrom), 0}) + bars - 1;
-    const int last = std::min({static_cast<int>(*to), m_nCurTo - 1, m_nBarCount - 1});
+    const int first = std::max({static_cast<int>(*from), static_cast<int>(Context().m_nCurFrom), 0}) + bars - 1;
+    const int last = std::min({static_cast<int>(*to), Context().m_nCurTo - 1, m_nBarCount - 1});
     if (first > last) return NY_EVAL_ZERO_DIVISOR;
     *from = static_cast<short>(first);
     *to = static_cast<short>(last);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "engine/eval_context.h"
 #include "engine/chain.h"
 #include "engine/eval_code.h"
 #include "engine/eval_util.h"
@@ -46,8 +47,8 @@ char ReadNumberText(const char* word, float* out) {
 void CIndicator::ResolveWord(ny::PlannedWord* planned) {
     char word[512] = {};
     size_t length = 0;
-    while (length < sizeof(word) - 1 && !EndsWord(m_pCursor + length)) {
-        word[length] = m_pCursor[length];
+    while (length < sizeof(word) - 1 && !EndsWord(Context().m_pCursor + length)) {
+        word[length] = Context().m_pCursor[length];
         ++length;
     }
     planned->length = static_cast<short>(length);
@@ -86,10 +87,11 @@ char CIndicator::ReadNumber(float* out, short* from, short* to, char* flag, CExp
     *flag = 0;
     // A word of a planned statement is resolved on its first reading only.
     ny::PlannedWord unplanned;
-    ny::PlannedWord* planned = m_pPlan ? m_pPlan->WordAt(m_pCursor) : nullptr;
+    ny::EvalContext& context = Context();
+    ny::PlannedWord* planned = context.plan.WordAt(context.m_pCursor);
     if (planned == nullptr) planned = &unplanned;
     if (planned->kind == ny::PlannedWord::Kind::Unread) ResolveWord(planned);
-    m_pCursor += planned->length;
+    context.m_pCursor += planned->length;
     return ReadResolvedWord(*planned, out, from, to, flag, permission, expr);
 }
 
@@ -100,8 +102,8 @@ char CIndicator::ReadResolvedWord(ny::PlannedWord& planned, float* out, short* f
         if (planned.code == 0) out[0] = planned.value;
         return planned.code;
     }
-    if (*from < m_nCurFrom) *from = m_nCurFrom;
-    if (*to >= m_nCurTo) *to = m_nCurTo - 1;
+    if (*from < Context().m_nCurFrom) *from = Context().m_nCurFrom;
+    if (*to >= Context().m_nCurTo) *to = Context().m_nCurTo - 1;
     if (*from > *to) return NY_EVAL_EMPTY_RANGE;
 
     char* word = planned.word.data();

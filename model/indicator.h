@@ -24,7 +24,7 @@ struct GrammarLevel;
 class FormulaPlan;
 struct PlannedWord;
 class Operand;
-class SeriesPool;
+struct EvalContext;
 }
 
 // Longest texts the file records can hold (field width minus the terminating zero).
@@ -124,12 +124,6 @@ public:
 
 class CIndicator {
 public:
-    // Evaluator's working state.
-    char* m_pCursor = nullptr;
-    short m_nCurFrom = 0;
-    short m_nCurTo = 0;
-    short m_nCurSpan = 0;
-
     // Definition, stored in files.
     CString m_strName;
     CString m_strTitle;
@@ -281,10 +275,11 @@ public:
     // The chip distribution: WINNER and COST.
     char ReadWINNER(char* word, float* out, short* from, short* to, char permission, char* isSeries);
 
-    // Buffers of the descent, reused across operands, statements and runs of this object. The
-    // evaluator makes the pool with the first buffer it borrows; a shared pointer takes its
-    // deleter from there, so this header needs no more than the pool's name.
-    std::shared_ptr<ny::SeriesPool> m_pool;
+    // The working state of this object's evaluations (engine/eval_context.h): cursor, current
+    // range, buffer pool, place in the plan. Made on first use and not copied with the formula;
+    // a shared pointer takes its deleter from where it is made, so this header needs only the name.
+    std::shared_ptr<ny::EvalContext> m_pContext;
+    ny::EvalContext& Context();  // defined in engine/eval_context.h
 
     // The operand of the multiplication level: a parenthesis or a word.
     char ReadFactor(float* out, short* from, short* to, char* flag, CExpression* expr);

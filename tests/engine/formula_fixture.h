@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/eval_code.h"
+#include "engine/eval_context.h"
 #include "model/indicator.h"
 
 namespace nytest {
@@ -116,8 +117,8 @@ inline Reading ReadValue(CIndicator& ind, const std::string& text, CExpression* 
     reading.values.assign(std::max<int>(ind.m_nBarCount, 1), 0.0f);
     reading.from = 0;
     reading.to = static_cast<short>(ind.m_nBarCount - 1);
-    ind.m_nCurFrom = ind.m_nDrawStart;
-    ind.m_nCurTo = ind.m_nDrawEnd;
+    ind.Context().m_nCurFrom = ind.m_nDrawStart;
+    ind.Context().m_nCurTo = ind.m_nDrawEnd;
     reading.isSeries = 1;
     reading.code = ind.CalExp(line, reading.values.data(), &reading.from, &reading.to,
                               &reading.isSeries, expr);
@@ -134,9 +135,9 @@ inline Reading ReadCondition(CIndicator& ind, const std::string& text) {
     line.push_back('\0');
     std::vector<char> truth(std::max<int>(ind.m_nBarCount, 1), 0);
     cond.to = static_cast<short>(ind.m_nBarCount - 1);
-    ind.m_nCurFrom = ind.m_nDrawStart;
-    ind.m_nCurTo = ind.m_nDrawEnd;
-    ind.m_pCursor = line.data();
+    ind.Context().m_nCurFrom = ind.m_nDrawStart;
+    ind.Context().m_nCurTo = ind.m_nDrawEnd;
+    ind.Context().m_pCursor = line.data();
     cond.isSeries = 1;
     cond.code = ind.ReadLogical(truth.data(), &cond.from, &cond.to, &cond.isSeries);
     cond.values.assign(truth.begin(), truth.end());

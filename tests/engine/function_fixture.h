@@ -18,7 +18,7 @@ protected:
     void UseCloses(const std::vector<float>& closes) {
         bars = MakeBars(closes);
         AttachBars(ind, bars);
-        ind.m_nCurSpan = static_cast<short>(bars.size());
+        ind.Context().m_nCurSpan = static_cast<short>(bars.size());
     }
 
     Reading Read(const std::string& text) { return ReadValue(ind, text); }

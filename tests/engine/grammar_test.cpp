@@ -20,9 +20,9 @@ protected:
         std::vector<float> out(10, 0.0f);
         short from = 0, to = 4;
         char flag = 0;
-        formula.m_nCurFrom = 0;
-        formula.m_nCurTo = formula.m_nBarCount;
-        formula.m_pCursor = text.data();
+        formula.Context().m_nCurFrom = 0;
+        formula.Context().m_nCurTo = formula.m_nBarCount;
+        formula.Context().m_pCursor = text.data();
         const char code = formula.ReadExp(out.data(), &from, &to, &flag, nullptr);
         if (first != nullptr) *first = out[0];
         return code;
@@ -134,9 +134,9 @@ TEST_F(Grammar, CountCumaCountsTopLevelCommasOutsideQuotes) {
         size_t stop;
     } rows[] = {{"A,'B,C',D);", 2, 0}, {"MA(C,5),2)+1;", 1, 0}, {"A,B;", 255, 3}};
     for (auto row : rows) {
-        ind.m_pCursor = row.text.data();
+        ind.Context().m_pCursor = row.text.data();
         EXPECT_EQ(static_cast<unsigned char>(ind.CountCuma()), row.commas) << row.text;
-        EXPECT_EQ(ind.m_pCursor, row.text.data() + row.stop) << row.text;
+        EXPECT_EQ(ind.Context().m_pCursor, row.text.data() + row.stop) << row.text;
     }
 }
 

@@ -103,7 +103,7 @@ int CheckTable(const std::string& name) {
             ind = std::make_unique<CIndicator>();
             bars = nytest::MakeBars(Numbers(in));
             nytest::AttachBars(*ind, bars);
-            ind->m_nCurSpan = static_cast<short>(bars.size());
+            ind->Context().m_nCurSpan = static_cast<short>(bars.size());
         } else if (word == "period" && in >> name) {
             ind->m_nPeriod = PeriodNamed(name);
         } else if (word == "stamps") {
@@ -162,9 +162,9 @@ TEST(Readings, ReadersCalledDirectly) {
         Values out(bars.size(), 0.0f);
         short from = 0, to = 2;
         char isSeries = 1;
-        ind.m_nCurFrom = 0;
-        ind.m_nCurTo = 3;
-        ind.m_pCursor = text.data();
+        ind.Context().m_nCurFrom = 0;
+        ind.Context().m_nCurTo = 3;
+        ind.Context().m_pCursor = text.data();
         EXPECT_EQ((ind.*row.reader)(name.data(), out.data(), &from, &to, row.permission, &isSeries),
                   row.code);
     }
