@@ -196,7 +196,7 @@ int RunPickCommand(const PickOptions& options, const GlobalOptions& global) {
                           " stocks; the stocks found so far:");
     for (const std::string& problem : ny::InstallationProblems()) Fail(kExitOk, problem);
     if (outcome.damaged > 0)
-        Fail(kExitOk, std::to_string(outcome.damaged) + " stocks left out: their bar files are damaged");
+        Fail(kExitOk, std::to_string(outcome.damaged) + " stocks left out: their bar or ex-rights files are damaged");
     PrintOutcome(outcome, options, ConditionLabels(request, options));
     // The picked stocks are shown; a block that could not be stored is still a failure.
     return outcome.message.empty() ? kExitOk : FailGbk(kExitRefused, outcome.message);

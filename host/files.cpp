@@ -140,9 +140,9 @@ bool ReadRecordFile(const std::string& path, size_t recordSize, std::string* byt
     return true;
 }
 
-namespace {
-
 bool IsCalendarDay(int date) { return date >= 19000101 && WeekDay(date) != 0; }
+
+namespace {
 
 // A minute stamp YYMMDDHHMM: a day of 2000 to 2099 and a time of day.
 bool IsMinuteStamp(int stamp) {

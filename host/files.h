@@ -39,6 +39,9 @@ enum class MarketFileState {
     Damaged,  // present, but unreadable, not a regular file, cut short, or with impossible records
 };
 
+// A date YYYYMMDD from 1900 on that names a day of the calendar.
+bool IsCalendarDay(int date);
+
 // The first impossible bar, as "record N: what" (N from 1), or empty if all are sound: a date that
 // is no calendar day (minute bars: a YYMMDDHHMM stamp with no such day or time of day), an open,
 // high, low or close that is not a number or negative, a high below the low, or a volume or

@@ -54,6 +54,17 @@ std::vector<CPowerData> ReadPowerFile(const std::string& path) {
     return records;
 }
 
+std::string FindPowerDamage(const std::vector<CPowerData>& records, bool newestFirst) {
+    for (size_t i = 0; i < records.size(); ++i) {
+        const CPowerData& r = records[i];
+        const std::string at = "record " + std::to_string(newestFirst ? records.size() - i : i + 1) + ": ";
+        if (!IsCalendarDay(r.m_lDate)) return at + "impossible date " + std::to_string(r.m_lDate);
+        for (float value : {r.m_fGive, r.m_fPei, r.m_fPeiPrice, r.m_fProfit, r.m_fTotalCapital, r.m_fCapital})
+            if (!std::isfinite(value) || value < 0) return at + "a ratio, price or share count is not a number or negative";
+    }
+    return {};
+}
+
 std::string EncodePower(const std::vector<CPowerData>& records) {
     std::string bytes(records.size() * sizeof(CPowerData), '\0');
     if (!records.empty()) std::memcpy(bytes.data(), records.data(), bytes.size());

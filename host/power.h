@@ -38,6 +38,11 @@ BOOL g_MyValueIsZero(float value, float tolerance);
 namespace ny {
 // The records of an ex-rights file as stored, oldest first.
 std::vector<CPowerData> ReadPowerFile(const std::string& path);
+// The first impossible record, as "record N: what" (N from 1 in the file's order, oldest first;
+// `newestFirst` says the records are held the other way round, as the picker holds them), or empty if all
+// are sound: a date that is no calendar day, or a ratio, price or share count that is not a number
+// or negative. Adjusting prices with such a record would turn every earlier bar into nonsense.
+std::string FindPowerDamage(const std::vector<CPowerData>& records, bool newestFirst = false);
 // The stored form of records.
 std::string EncodePower(const std::vector<CPowerData>& records);
 }  // namespace ny

@@ -100,7 +100,10 @@ bool CBarLoader::Load(int stockId, short period, int power, int varPeriod) {
     m_nVarPeriod = varPeriod;
     m_bDamaged = false;
     LoadPower();
-    RequestData();
+    if (m_bDamaged)
+        m_nHisCount = m_nDrawCount = 0;
+    else
+        RequestData();
     return m_pDrawData != nullptr && m_nDrawCount > 0;
 }
 

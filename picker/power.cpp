@@ -1,6 +1,8 @@
 // Ex-rights records of the current stock: loading, the record in force at a date, and stepping
 // through the list (newest first, index 0 the latest event).
 
+#include "host/files.h"
+#include "host/power.h"
 #include "host/stockdb.h"
 #include "picker/bar_loader.h"
 
@@ -14,6 +16,13 @@ void CBarLoader::LoadPower() {
         g_MyLoadPowerById(m_arPower, m_lStockID);
     else if (stock->m_cMarket == NY_MARKET_SZ)
         g_MyLoadPowerById(m_arPower, m_lStockID % 1000000);
+    // Adjusting with an impossible record would spoil every earlier bar: the stock gets no bars
+    // and the file is reported. Without adjustment the records are not used.
+    if (m_nPower == 0) return;
+    if (const std::string damage = ny::FindPowerDamage(m_arPower, true); !damage.empty()) {
+        ny::ReportProblem(stock->GetPowerFilePath() + ": " + damage);
+        m_bDamaged = true;
+    }
 }
 
 int CBarLoader::GetStartCQ(int date, CPowerData& record) {

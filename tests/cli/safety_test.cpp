@@ -87,7 +87,7 @@ TEST_F(SafetyTest, ALibraryFileNotReadCompletelyIsNeverReplaced) {
         row.damage(home, user);
         const std::string before = fs::is_regular_file(user) ? ReadText(user) : "fifo";
         // A remove finds KEEP only if the damage spared it; either way nothing may be written.
-        for (const std::string command : {"lib add " + Formula("NEW"), std::string("lib remove KEEP")}) {
+        for (const std::string& command : {"lib add " + Formula("NEW"), std::string("lib remove KEEP")}) {
             const RunResult r = Nyind("--home " + home.string() + " " + command);
             EXPECT_EQ(r.status, 1) << row.name << ": " << command;
             if (command.find("add") != std::string::npos) {
@@ -256,8 +256,10 @@ TEST(NyindCalc, AStatementThatCouldNotBeComputedIsNamedAndFailsTheRun) {
             EXPECT_EQ(r.err, "") << row.source;
         else
             EXPECT_NE(r.err.find(std::string(row.message)), std::string::npos) << r.err;
-        if (*row.message != '\0') EXPECT_NE(r.err.find("could not be computed: "), std::string::npos) << r.err;
-        if (*row.message != '\0') EXPECT_NE(r.err.find(", code "), std::string::npos) << "code named in words: " << r.err;
+        if (*row.message != '\0') {
+            EXPECT_NE(r.err.find("could not be computed: "), std::string::npos) << r.err;
+            EXPECT_NE(r.err.find(", code "), std::string::npos) << "code named in words: " << r.err;
+        }
     }
 }
 
@@ -279,23 +281,43 @@ TEST(NyindPickSafety, TheDefaultClockAllowsAMinutePickAndAnEmptyScopeIsAMistake)
     EXPECT_NE(r.err.find(U8("选股结果板块无法保存")), std::string::npos) << r.err;
 }
 
-TEST(NyindPickSafety, AStockWithADamagedBarFileIsLeftOutAndCounted) {
-    TempDir dir;
-    const fs::path home = dir.path() / "home";
-    LinkInstallation(home);
-    // Shanghai's files of the installation stay untouched: the pick sees a folder of its own.
-    fs::remove(home / "data/sh");
-    fs::create_directories(home / "data/sh/day");
-    fs::copy(kInstall + "/data/sh/day/600002.day", home / "data/sh/day/600002.day");
-    std::string damaged = ReadText(kInstall + "/data/sh/day/600001.day");
-    const float nan = std::nanf("");
-    damaged.replace(40 + 16, 4, reinterpret_cast<const char*>(&nan), 4);  // the close of record 2
-    WriteText(home / "data/sh/day/600001.day", damaged);
-    const RunResult r = Nyind("--home " + home.string() + " pick --cond MACDJC --codes SH600001,SH600002");
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.err.find("600001.day: record 2: a price is not a number"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("1 stocks left out: their bar files are damaged"), std::string::npos) << r.err;
-    EXPECT_NE(r.out.find(U8("总数: 2")), std::string::npos) << r.out;
+TEST(NyindPickSafety, AStockWithADamagedMarketFileIsLeftOutAndCounted) {
+    struct Row {
+        const char* file;   // under data/sh/ of the installation
+        size_t offset;      // of the float made NaN
+        const char* options;
+        const char* report;  // empty: the stock is picked as usual
+    };
+    const Row rows[] = {
+        {"day/600001.day", 40 + 16, "", "600001.day: record 2: a price is not a number"},  // close of record 2
+        {"power/600001.pwr", 8, " --power", "600001.pwr: record 1: a ratio, price or share count is not a number"},
+        {"power/600001.pwr", 8, "", ""},  // without adjustment the records are not read
+    };
+    for (const Row& row : rows) {
+        TempDir dir;
+        const fs::path home = dir.path() / "home";
+        LinkInstallation(home);
+        // Shanghai's files of the installation stay untouched: the pick sees a folder of its own.
+        fs::remove(home / "data/sh");
+        for (const char* file : {"day/600001.day", "day/600002.day", "power/600001.pwr"}) {
+            fs::create_directories((home / "data/sh" / file).parent_path());
+            fs::copy(kInstall + "/data/sh/" + file, home / "data/sh" / file);
+        }
+        std::string damaged = ReadText(kInstall + "/data/sh/" + row.file);
+        const float nan = std::nanf("");
+        damaged.replace(row.offset, 4, reinterpret_cast<const char*>(&nan), 4);
+        WriteText(home / "data/sh" / row.file, damaged);
+        const RunResult r =
+            Nyind("--home " + home.string() + " pick --cond MACDJC --codes SH600001,SH600002" + row.options);
+        EXPECT_EQ(r.status, 0) << r.err;
+        const bool leftOut = *row.report != '\0';
+        if (leftOut) {
+            EXPECT_NE(r.err.find(row.report), std::string::npos) << row.file << r.err;
+        }
+        EXPECT_EQ(leftOut, r.err.find("1 stocks left out: their bar or ex-rights files are damaged") != std::string::npos)
+            << row.file << row.options << r.err;
+        EXPECT_NE(r.out.find(U8("总数: 2")), std::string::npos) << r.out;
+    }
 }
 
 }  // namespace
