@@ -187,7 +187,9 @@ TEST(ReadBars, DamagedRecordsAreNamedByFileAndRecord) {
         std::string damage;
         EXPECT_EQ(ny::ReadBars(path, row.minute, &bars, &damage), row.state) << row.damage;
         EXPECT_NE(damage.find(row.damage), std::string::npos) << damage;
-        if (row.state == ny::MarketFileState::Damaged) EXPECT_EQ(damage.find(path), 0u) << damage;
+        if (row.state == ny::MarketFileState::Damaged) {
+            EXPECT_EQ(damage.find(path), 0u) << damage;
+        }
     }
     std::vector<CHisDay> bars;
     EXPECT_EQ(ny::ReadBars("/nonexistent/600001.day", false, &bars), ny::MarketFileState::Missing);
