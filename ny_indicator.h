@@ -6,6 +6,7 @@
 #include "check/syntax_result.h"
 #include "dialogs/formula_dialog.h"
 #include "editor/color_edit_wnd.h"
+#include "engine/evaluate.h"
 #include "host/clock.h"
 #include "host/encoding.h"
 #include "host/global.h"

@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/evaluate.h"
 #include "host/clock.h"
 #include "host/installation.h"
 #include "host/sample_market.h"
@@ -192,15 +193,8 @@ void BM_EvaluateStandardSet(benchmark::State& state) {
     auto formula = StandardFormula(false);
     size_t computed = 0;
     for (auto _ : state) {
-        for (const std::vector<CHisDay>& stock : bars) {
-            formula->Change();
-            formula->m_pHisDay = const_cast<CHisDay*>(stock.data());
-            formula->m_nBarCount = count;
-            formula->m_nDrawStart = 0;
-            formula->m_nDrawEnd = count;
-            formula->AllocMem(count);
-            formula->Calc(0, count);
-        }
+        for (const std::vector<CHisDay>& stock : bars)
+            ny::EvaluateOver(*formula, 0, const_cast<CHisDay*>(stock.data()), count);
         computed = 0;
         for (const CExpression* expr : formula->m_arExpressions) computed += expr->m_cComputed;
     }

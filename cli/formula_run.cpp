@@ -8,6 +8,7 @@
 #include "cli/formula_input.h"
 #include "cli/progress.h"
 #include "cli/stocks.h"
+#include "engine/evaluate.h"
 #include "host/stockdb.h"
 #include "picker/pick_request.h"
 
@@ -41,16 +42,8 @@ int LoadStockSeries(const std::string& code, const std::string& period, bool pow
 }
 
 void EvaluateOver(CIndicator& formula, std::vector<CHisDay>& bars, int stockId, short period) {
-    const auto count = static_cast<short>(bars.size());
-    formula.m_lStockID = stockId;
     formula.m_nPeriod = period;
-    formula.Change();
-    formula.m_pHisDay = bars.data();
-    formula.m_nBarCount = count;
-    formula.m_nDrawStart = 0;
-    formula.m_nDrawEnd = count;
-    formula.AllocMem(count);
-    formula.Calc(0, count);
+    ny::EvaluateOver(formula, stockId, bars.data(), static_cast<short>(bars.size()));
 }
 
 }  // namespace nyind

@@ -1,5 +1,6 @@
 // The evaluator over a fixed bar set: any text that passes the syntax test is computed.
 #include "check/syntax_result.h"
+#include "engine/evaluate.h"
 #include "fuzz/fuzz_support.h"
 #include "model/indicator.h"
 
@@ -18,15 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (result.nResult != NY_TEST_OK) return 0;
     ny::AppendTestedStatements(result, formula);
     std::vector<CHisDay> bars = fuzz::FixedBars();
-    const auto count = static_cast<short>(bars.size());
-    formula.m_lStockID = fuzz::kStockId;
     formula.m_nPeriod = NY_PERIOD_DAY;
-    formula.Change();
-    formula.m_pHisDay = bars.data();
-    formula.m_nBarCount = count;
-    formula.m_nDrawStart = 0;
-    formula.m_nDrawEnd = count;
-    formula.AllocMem(count);
-    formula.Calc(0, count);
+    ny::EvaluateOver(formula, fuzz::kStockId, bars.data(), static_cast<short>(bars.size()));
     return 0;
 }

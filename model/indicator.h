@@ -10,6 +10,7 @@
 //   1. set m_lStockID;  2. Change();  3. set m_pHisDay, m_nBarCount, m_nDrawStart = 0,
 //   m_nDrawEnd = bar count (and m_nPeriod if the caller knows the period);  4. AllocMem(count);
 //   5. Calc(0, count);  6. read each statement with m_cComputed == 1 over m_nFirst..m_nEnd-1.
+// Steps 1 to 5 are ny::EvaluateOver (engine/evaluate.h); set m_nPeriod before it.
 
 #include <memory>
 #include <vector>

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "engine/evaluate.h"
 #include "host/clock.h"
 #include "host/comm_data.h"
 #include "host/global.h"
@@ -269,15 +270,7 @@ BOOL CCondStocks::PickVerdict(CBarLoader& loader, const std::vector<CIndicator*>
 }
 
 void CCondStocks::ComputeOnBars(CIndicator* indicator, CBarLoader& loader) {
-    const short bars = loader.DrawCount();
-    indicator->m_lStockID = loader.m_lStockID;
-    indicator->Change();
-    indicator->m_pHisDay = loader.DrawData();
-    indicator->m_nBarCount = bars;
-    indicator->m_nDrawStart = 0;
-    indicator->m_nDrawEnd = bars;
-    indicator->AllocMem(bars);
-    indicator->Calc(0, bars);
+    ny::EvaluateOver(*indicator, loader.m_lStockID, loader.DrawData(), loader.DrawCount());
 }
 
 // The last statement of each computed condition: the first is taken as it is, each later one

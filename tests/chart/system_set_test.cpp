@@ -8,6 +8,7 @@
 #include "chart/cairo/chart_file.h"
 #include "chart/chart_scene.h"
 #include "chart/svg_painter.h"
+#include "engine/evaluate.h"
 #include "host/encoding.h"
 #include "host/installation.h"
 #include "model/library.h"
@@ -36,13 +37,7 @@ TEST(SystemSetChart, EveryFormulaRendersOverASampleStock) {
         const auto count = static_cast<short>(bars.size());
         CIndicator formula;
         formula = *library;
-        formula.m_lStockID = breadth ? index.stockId : stock.stockId;
-        formula.Change();
-        formula.m_pHisDay = bars.data();
-        formula.m_nBarCount = count;
-        formula.m_nDrawEnd = count;
-        formula.AllocMem(count);
-        formula.Calc(0, count);
+        ny::EvaluateOver(formula, breadth ? index.stockId : stock.stockId, bars.data(), count);
         const std::string name = ny::GbkToUtf8(formula.m_strName);
         for (const CExpression* s : formula.m_arExpressions)
             EXPECT_EQ(s->m_cComputed, 1) << name << " " << ny::GbkToUtf8(s->m_strName);

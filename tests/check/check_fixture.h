@@ -10,6 +10,7 @@
 #include "catalog/function_manager.h"
 #include "check/lexical.h"
 #include "editor/color_edit_wnd.h"
+#include "engine/evaluate.h"
 #include "host/encoding.h"
 #include "check/syntax_result.h"
 #include "model/library.h"
@@ -60,10 +61,7 @@ inline void RunTested(const SYNTestResult& result, const std::vector<CParam>& pa
                       std::vector<CHisDay>& bars, CIndicator& formula) {
     for (const CParam& param : params) formula.m_arParams.push_back(new CParam(param));
     ny::AppendTestedStatements(result, formula);
-    formula.Change();
-    AttachBars(formula, bars);
-    formula.AllocMem(formula.m_nBarCount);
-    formula.Calc(0, formula.m_nBarCount);
+    ny::EvaluateOver(formula, formula.m_lStockID, bars.data(), static_cast<short>(bars.size()));
 }
 
 inline CParam MakeParam(const std::string& name, short min, short max, short value) {

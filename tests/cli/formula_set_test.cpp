@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 
+#include "engine/evaluate.h"
 #include "host/files.h"
 #include "host/global.h"
 #include "host/installation.h"
@@ -90,14 +91,7 @@ TEST_F(FormulaSetTest, EveryFormulaEvaluatesOverEverySampleStock) {
             const bool breadth = d.m_MainType == NY_KIND_INDICATOR && d.m_SubType == 0;
             CIndicator f;
             f = *g_MyGetIndicator(d.m_strName, d.m_MainType);
-            f.m_lStockID = stock->GetID();
-            f.Change();
-            f.m_pHisDay = bars.data();
-            f.m_nBarCount = count;
-            f.m_nDrawStart = 0;
-            f.m_nDrawEnd = count;
-            f.AllocMem(count);
-            f.Calc(0, count);
+            ny::EvaluateOver(f, stock->GetID(), bars.data(), count);
             ++evaluations;
             for (const CExpression* s : f.m_arExpressions) {
                 const bool expected = !breadth || stock->IsIndex();

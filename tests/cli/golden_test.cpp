@@ -19,6 +19,7 @@
 #include <map>
 #include <sstream>
 
+#include "engine/evaluate.h"
 #include "host/encoding.h"
 #include "host/installation.h"
 #include "host/stockdb.h"
@@ -114,14 +115,7 @@ protected:
                         *dump << RecordKey(*system, p) << " on " << ny::FormatStockCode(stock->GetID()) << "\n";
                     CIndicator f;
                     f = *system;
-                    f.m_lStockID = stock->GetID();
-                    f.Change();
-                    f.m_pHisDay = bars.data();
-                    f.m_nBarCount = count;
-                    f.m_nDrawStart = 0;
-                    f.m_nDrawEnd = count;
-                    f.AllocMem(count);
-                    f.Calc(0, count);
+                    ny::EvaluateOver(f, stock->GetID(), bars.data(), count);
                     record.statements.resize(f.m_arExpressions.size(), Checksum().Value());
                     record.names.clear();
                     for (const CExpression* s : f.m_arExpressions) record.names.push_back(ny::GbkToUtf8(s->m_strName));

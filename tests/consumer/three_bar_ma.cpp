@@ -19,12 +19,7 @@ int main() {
     average->m_strText = "MA(CLOSE,2)";
     formula.m_arExpressions.push_back(average);
 
-    formula.Change();
-    formula.m_pHisDay = bars;
-    formula.m_nBarCount = 3;
-    formula.m_nDrawEnd = 3;
-    formula.AllocMem(3);
-    formula.Calc(0, 3);
+    ny::EvaluateOver(formula, 0, bars, 3);
 
     const bool right = average->m_cComputed == 1 && average->m_nFirst == 1 && average->m_nEnd == 3 &&
                        average->m_pData[1] == 10.5f && average->m_pData[2] == 12.0f;

@@ -7,6 +7,7 @@
 #include <map>
 #include <thread>
 
+#include "engine/evaluate.h"
 #include "host/clock.h"
 #include "host/group.h"
 #include "host/sample_market.h"
@@ -44,12 +45,7 @@ bool PickedAlone(int id, const std::vector<const Statements*>& conditions, short
     for (const Statements* statements : conditions) {
         auto formula = Condition(*statements, "ALONE", n);
         const short count = static_cast<short>(bars.size());
-        formula->m_lStockID = id;
-        formula->m_pHisDay = bars.data();
-        formula->m_nBarCount = count;
-        formula->m_nDrawEnd = count;
-        formula->AllocMem(count);
-        formula->Calc(0, count);
+        ny::EvaluateOver(*formula, id, bars.data(), count);
         const CExpression* verdict = formula->m_arExpressions.back();
         if (verdict->m_cComputed == 1) last.push_back(verdict->m_pData[count - 1]);
     }
