@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 #include "dialogs/formula_tree.h"
@@ -17,6 +18,7 @@
 #include "host/ini.h"
 #include "host/stockdb.h"
 #include "model/library.h"
+#include "model/period.h"
 #include "picker/pick_request.h"
 
 const char* const MSG_NO_PARAMS = "该指标不需要参数设置";
@@ -39,9 +41,13 @@ const struct {
     const char* label;
     unsigned kind;
 } kMarkets[] = {{"上海A股", NY_KIND_SH_A}, {"深圳A股", NY_KIND_SZ_A}, {"沪深A股", NY_KIND_SH_A | NY_KIND_SZ_A}};
-const char* const kPeriodRows[] = {"1分钟线", "5分钟线", "15分钟线", "30分钟线", "60分钟线",
-                                   "日线",    "周线",    "月线",     "季线",     "年线"};
-constexpr int kLastMinuteRow = 4;
+// The period shown at a row of the period list (the rows follow the periods' list order).
+const ny::PeriodRow& PeriodAtRow(int row) {
+    for (const ny::PeriodRow& period : ny::kPeriods)
+        if (period.listIndex == row) return period;
+    return *ny::FindPeriod(NY_PERIOD_DAY);
+}
+
 constexpr int kBoxWidth = 50, kSpinWidth = 15, kLineHeight = 20, kParamX = 240, kParamY = 18;
 constexpr int kDefaultBeginDate = 20070101;
 
@@ -127,8 +133,9 @@ void CAutoSelectDialog::OnInitDialog() {
     m_pBeginDate->Enable(false);
     m_pEndDate->Enable(false);
     m_pPeriod = &m_pWnd->AddComboBox(IDC_PERIOD, "周期");
-    for (const char* row : kPeriodRows) m_pPeriod->AddString(row);
-    m_pPeriod->SetCurSel(kDayRow);
+    for (int row = 0; row < static_cast<int>(std::size(ny::kPeriods)); ++row)
+        m_pPeriod->AddString(PeriodAtRow(row).label);
+    m_pPeriod->SetCurSel(ny::FindPeriod(NY_PERIOD_DAY)->listIndex);
     m_Status.m_nRunning = 0;
 }
 
@@ -366,9 +373,8 @@ void CAutoSelectDialog::StartPick(bool toModule) {
         return;
     m_pStatus->SetText("");
     if (!toModule) m_strBlock = kDefaultBlock;
-    const int row = std::max(0, m_pPeriod->GetCurSel());
-    CheckLocalData(row, toModule);
-    m_nPeriod = static_cast<short>(row > kLastMinuteRow ? row - kLastMinuteRow : row + 6);
+    m_nPeriod = PeriodAtRow(m_pPeriod->GetCurSel()).number;
+    CheckLocalData(toModule);
     m_pProgress->SetRange(0, static_cast<int>(m_arStocks.size()));
     m_pProgress->SetPos(0);
     ny::MessageRoute route(*m_ui.messages);
@@ -398,9 +404,9 @@ bool CAutoSelectDialog::TakeHistoryDates() {
     return true;
 }
 
-void CAutoSelectDialog::CheckLocalData(int periodRow, bool toModule) {
+void CAutoSelectDialog::CheckLocalData(bool toModule) {
     const int today = CClockModule::m_SystemDate;
-    const bool minute = periodRow <= kLastMinuteRow;
+    const bool minute = ny::IsMinutePeriod(m_nPeriod);
     const char* section = minute ? "Min5Item" : "DayItem";
     int end = 0, begin = 0;
     bool prompt = false;

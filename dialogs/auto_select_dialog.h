@@ -29,7 +29,6 @@ public:
     static constexpr int kMaxParamBoxes = 10;
     static constexpr int kTimerId = 1;
     static constexpr int kTimerMs = 1000;
-    static constexpr int kDayRow = 5;  // "日线" in the period list
 
     explicit CAutoSelectDialog(ny::DialogServices& ui) : CNyDialog(ui, "CAutoSelectDialog") {}
     ~CAutoSelectDialog() override;
@@ -95,7 +94,7 @@ private:
     // they are in the wrong order.
     bool TakeHistoryDates();
     // Offers a download when the local data may not cover the pick.
-    void CheckLocalData(int periodRow, bool toModule);
+    void CheckLocalData(bool toModule);
     void AddConditionRow(CIndicator* formula);
     void RebuildConditionRows();
     void ShowExpression();

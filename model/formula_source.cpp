@@ -1,5 +1,6 @@
 #include "model/formula_source.h"
 
+#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <sstream>
@@ -12,29 +13,24 @@
 namespace ny {
 namespace {
 
-// Group labels by number; the numbers not listed have none.
-struct GroupName {
-    short subType;
-    const char* label;  // GBK
-};
-constexpr GroupName kGroups[] = {
-    {0, "大盘指标"},  {1, "趋向指标"},  {2, "反趋向指标"}, {3, "能量指标"},
-    {4, "量价指标"},  {5, "压力支撑"},  {6, "特色指标"},   {7, "自定指标"},
-    {20, "指标选股"}, {21, "财务选股"}, {22, "行情选股"},  {23, "K 线选股"},
-    {24, "综合选股"}, {25, "自定选股"},
-};
-constexpr const char* kKinds[] = {"技术指标", "条件选股", "交易系统", "五彩K线"};
 constexpr const char* kDrawPositions[] = {"副图", "主图叠加"};
 
-constexpr short kOwnIndicatorGroup = 7;   // 自定指标
-constexpr short kOwnConditionGroup = 25;  // 自定选股
+// The groups a formula of this kind may be in: indicators and conditions have their own, trade
+// systems and candle rules none.
+const std::vector<FormulaLabel>* GroupsOf(short kind) {
+    if (kind == NY_KIND_INDICATOR) return &kIndicatorGroups;
+    if (kind == NY_KIND_CONDITION) return &kConditionGroups;
+    return nullptr;
+}
+
 constexpr int kMaxParams = 8;
 constexpr int kMaxParamMarks = 10;
 constexpr size_t kTitleBytes = 127, kUsageBytes = 1023, kExtraBytes = 511, kAxesBytes = 127;
 
 bool IsGroupOf(short kind, short group) {
-    if (kind == NY_KIND_INDICATOR) return group >= 0 && group <= 7;
-    return kind == NY_KIND_CONDITION && group >= 20 && group <= 25;
+    const std::vector<FormulaLabel>* groups = GroupsOf(kind);
+    return groups && std::any_of(groups->begin(), groups->end(),
+                                 [group](const FormulaLabel& entry) { return entry.value == group; });
 }
 
 bool ParseShort(const std::string& text, short* value) {
@@ -143,9 +139,9 @@ private:
     }
 
     bool ReadKind(const CString& gbk, int line) {
-        for (short kind = 0; kind < 4; ++kind) {
-            if (gbk == kKinds[kind]) {
-                m_f.m_MainType = kind;
+        for (const FormulaLabel& kind : kKindLabels) {
+            if (gbk == kind.label) {
+                m_f.m_MainType = kind.value;
                 m_hasKind = true;
                 return true;
             }
@@ -249,7 +245,8 @@ private:
         }
         if (m_groupLine == 0) {
             // Without a group a formula goes to the user's own group of its kind.
-            m_f.m_SubType = kind == NY_KIND_INDICATOR ? kOwnIndicatorGroup : kOwnConditionGroup;
+            // The last group of each kind is the user's own (自定指标, 自定选股).
+            m_f.m_SubType = GroupsOf(kind)->back().value;
             return true;
         }
         const short group = g_MyGetIndicatorType(m_group);
@@ -284,12 +281,15 @@ bool ParseFormulaSource(const std::string& utf8, CIndicator* formula, FormulaSou
 }
 
 CString KindLabel(short mainType) {
-    return mainType >= 0 && mainType < 4 ? CString(kKinds[mainType]) : CString();
+    for (const FormulaLabel& kind : kKindLabels)
+        if (kind.value == mainType) return kind.label;
+    return CString();
 }
 
 CString GroupLabel(short subType) {
-    for (const GroupName& group : kGroups)
-        if (group.subType == subType) return group.label;
+    for (const auto* groups : {&kIndicatorGroups, &kConditionGroups})
+        for (const FormulaLabel& group : *groups)
+            if (group.value == subType) return group.label;
     return CString();
 }
 
