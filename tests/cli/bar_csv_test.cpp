@@ -65,12 +65,4 @@ TEST(BarCsv, AHeaderWithoutARequiredColumnRefusesTheFile) {
     EXPECT_EQ(csv.problems[0].message, "minute bars can only be dated 2000-01-01 to 2021-12-31");
 }
 
-TEST(BarCsv, MergeReplacesTheBarsOfTheSameStamp) {
-    CHisDay a{20210601, 1, 1, 1, 1}, b{20210602, 2, 2, 2, 2}, b2{20210602, 5, 5, 5, 5}, c{20210603, 3, 3, 3, 3};
-    const std::vector<CHisDay> merged = ny::MergeBars({a, b}, {c, b2});
-    ASSERT_EQ(merged.size(), 3u);
-    EXPECT_EQ(merged[1].m_fClose, 5.0f);
-    EXPECT_EQ(merged[2].m_lTime, 20210603);
-}
-
 }  // namespace

@@ -156,17 +156,6 @@ TEST(NyindLib, AddExportImportRemoveRoundTrip) {
     EXPECT_NE(r.err.find(U8("系统公式不能更改")), std::string::npos);
 }
 
-TEST(NyindLib, ImportRefusesAFileOfTwoFormulas) {
-    TempDir dir;
-    CopyInstallationBasics(dir.path() / "home");
-    std::string bytes = ReadText(kInstall + "/defineuser/indi/nybase.dat").substr(0, 12);
-    bytes[2] = 2;
-    WriteText(dir.path() / "two.dat", bytes);
-    const RunResult r = Nyind("--home " + (dir.path() / "home").string() + " lib import " + (dir.path() / "two.dat").string());
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find(U8("非法指标文件,请检查指标文件!")), std::string::npos) << r.err;
-}
-
 TEST(NyindLib, BuildFailsOnAFormulaThatDoesNotPassAndNamesIt) {
     TempDir dir;
     CopyInstallationBasics(dir.path() / "home");

@@ -8,6 +8,7 @@
 #include "tests/engine/formula_fixture.h"
 
 using nytest::Formula;
+using nytest::kAnyFirst;
 using nytest::RisingBars;
 
 namespace {
@@ -37,55 +38,37 @@ TEST(Calc, ConstantStatementFillsTheWholeRange) {
     for (int i = 0; i < 100; ++i) ASSERT_EQ(x.m_pData[i], 5.0f) << i;
 }
 
-TEST(Calc, SeriesStatementCopiesTheBars) {
-    Formula f({{"A", "CLOSE"}});
-    f.Run(RisingBars(20));
-    EXPECT_EQ(f["A"].m_cIsSeries, 1);
-    EXPECT_EQ(f.At("A", 0), 1.0f);
-    EXPECT_EQ(f.At("A", 19), 20.0f);
-}
-
-TEST(Calc, EmptyStatementFails) {
-    Formula f({{"A", ""}, {"B", "1"}});
-    f.Run(RisingBars(5));
-    EXPECT_EQ(f["A"].m_cComputed, 0);
-    EXPECT_EQ(f["B"].m_cComputed, 1);
-}
-
-TEST(Calc, FailureDoesNotStopTheNextStatement) {
-    Formula f({{"B", "NOWORD"}, {"C", "CLOSE"}});
-    f.Run(RisingBars(10));
-    EXPECT_EQ(f["B"].m_cComputed, 0);
-    EXPECT_EQ(f.At("B", 3), 0.0f);
-    EXPECT_EQ(f["C"].m_cComputed, 1);
-    EXPECT_EQ(f.At("C", 3), 4.0f);
-}
-
-TEST(Calc, NarrowedRangeCarriesToLaterStatements) {
-    // The market may be read from bar 3 on: the constant before the first market word is valid
-    // from bar 0, everything behind it only from bar 3, constants included.
-    Formula f({{"K", "7"}, {"A", "CLOSE"}, {"B", "7"}});
-    f.Run(RisingBars(10), 3);
-    EXPECT_EQ(f["K"].m_nFirst, 0);
-    EXPECT_EQ(f["A"].m_nFirst, 3);
-    EXPECT_EQ(f["B"].m_nFirst, 3);
-    EXPECT_EQ(f["B"].m_nEnd, 10);
-    EXPECT_EQ(f.At("B", 2), 0.0f);
-    EXPECT_EQ(f.At("B", 3), 7.0f);
-}
-
-TEST(Calc, ConstantDeclaredBehindANarrowingReadsItsValue) {
-    Formula f({{"A", "CLOSE"}, {"X", "5"}, {"B", "CLOSE*X"}});
-    f.Run(RisingBars(10), 3);
-    EXPECT_EQ(f.At("B", 4), 25.0f);
-    EXPECT_EQ(f.At("B", 9), 50.0f);
-}
-
-TEST(Calc, LaterStatementIsNotComputedYet) {
-    Formula f({{"A", "B+1"}, {"B", "CLOSE"}});
-    f.Run(RisingBars(5));
-    EXPECT_EQ(f["A"].m_cComputed, 0);
-    EXPECT_EQ(f["B"].m_cComputed, 1);
+TEST(Calc, WhatEachStatementOfARunGives) {
+    std::string sum511 = "1";
+    while (sum511.size() < 511) sum511 += "+1";
+    nytest::ExpectRuns({
+        {"a series copies the bars", {{"A", "CLOSE"}}, RisingBars(20), 0, {{"A", 1, 0, {{0, 1}, {19, 20}}}}},
+        {"an empty statement fails alone", {{"A", ""}, {"B", "1"}}, RisingBars(5), 0,
+         {{"A", 0, kAnyFirst, {}}, {"B", 1, 0, {}}}},
+        {"a failure does not stop the next statement", {{"B", "NOWORD"}, {"C", "CLOSE"}}, RisingBars(10), 0,
+         {{"B", 0, kAnyFirst, {{3, 0}}}, {"C", 1, 0, {{3, 4}}}}},
+        // The constant before the first market word is valid from bar 0, everything behind it
+        // only from where the market may be read, constants included.
+        {"a narrowed range carries to later statements", {{"K", "7"}, {"A", "CLOSE"}, {"B", "7"}}, RisingBars(10), 3,
+         {{"K", 1, 0, {}}, {"A", 1, 3, {}}, {"B", 1, 3, {{2, 0}, {3, 7}, {9, 7}}}}},
+        {"a constant behind a narrowing reads its value", {{"A", "CLOSE"}, {"X", "5"}, {"B", "CLOSE*X"}},
+         RisingBars(10), 3, {{"B", 1, kAnyFirst, {{4, 25}, {9, 50}}}}},
+        {"a later statement is not computed yet", {{"A", "B+1"}, {"B", "CLOSE"}}, RisingBars(5), 0,
+         {{"A", 0, kAnyFirst, {}}, {"B", 1, 0, {}}}},
+        {"line breaks inside a statement vanish", {{"A", "CLO\r\nSE+\n1"}}, RisingBars(5), 0, {{"A", 1, 0, {{4, 6}}}}},
+        {"511 bytes run, 512 fail", {{"A", sum511}, {"B", sum511 + " "}}, RisingBars(3), 0,
+         {{"A", 1, 0, {{0, 256}}}, {"B", 0, kAnyFirst, {}}}},
+        {"an overlong text is refused without overrun", {{"A", std::string(5000, '1')}}, RisingBars(3), 0,
+         {{"A", 0, kAnyFirst, {}}}},
+        // The moved range replaces what the statement before left, as REF's range follows X's.
+        {"REF sets its own range", {{"A", "MA(CLOSE,5)"}, {"B", "REF(CLOSE,1)"}}, RisingBars(10), 0,
+         {{"A", 1, 4, {}}, {"B", 1, 1, {{1, 1}}}}},
+        // Behind the longer average, later statements start where it does, with the values of
+        // their own windows.
+        {"windows keep an earlier narrowing",
+         {{"A", "MA(CLOSE,5)"}, {"B", "MA(CLOSE,2)"}, {"C", "HHV(CLOSE,0)"}, {"D", "REFDATE(CLOSE,1240103)"}},
+         RisingBars(10), 0, {{"B", 1, 4, {{3, 0}, {4, 4.5f}}}, {"C", 1, 4, {}}, {"D", 1, 4, {{4, 2}}}}},
+    });
 }
 
 TEST(Calc, StatementWithoutBufferIsSkipped) {
@@ -95,30 +78,6 @@ TEST(Calc, StatementWithoutBufferIsSkipped) {
     EXPECT_EQ(f.ind.Calc(0, 5), 1);
     EXPECT_EQ(f["A"].m_cComputed, 0);
     EXPECT_EQ(f["A"].m_pData, nullptr);
-}
-
-TEST(Calc, LineBreaksInsideAStatementVanish) {
-    Formula f({{"A", "CLO\r\nSE+\n1"}});
-    f.Run(RisingBars(5));
-    ASSERT_EQ(f["A"].m_cComputed, 1);
-    EXPECT_EQ(f.At("A", 4), 6.0f);
-}
-
-TEST(Calc, StatementOf511BytesRunsAnd512BytesFails) {
-    std::string text = "1";
-    while (text.size() < 511) text += "+1";
-    ASSERT_EQ(text.size(), 511u);
-    Formula f({{"A", text}, {"B", text + " "}});
-    f.Run(RisingBars(3));
-    EXPECT_EQ(f["A"].m_cComputed, 1);
-    EXPECT_EQ(f.At("A", 0), 256.0f);
-    EXPECT_EQ(f["B"].m_cComputed, 0);
-}
-
-TEST(Calc, OverlongTextIsRefusedWithoutOverrun) {
-    Formula f({{"A", std::string(5000, '1')}});
-    f.Run(RisingBars(3));
-    EXPECT_EQ(f["A"].m_cComputed, 0);
 }
 
 TEST(Calc, DrawingStatementGetsItsChartArea) {
@@ -145,29 +104,6 @@ TEST(Calc, ResultsOnlyWidenUntilChange) {
     f.ind.Change();
     EXPECT_EQ(f["A"].m_nFirst, 30000);
     EXPECT_EQ(f["A"].m_cComputed, 0);
-}
-
-TEST(Calc, RefSetsItsOwnRangeInsideAStatementRun) {
-    // The moved range replaces what the statement before left, as REF's range follows X's.
-    Formula f({{"A", "MA(CLOSE,5)"}, {"B", "REF(CLOSE,1)"}});
-    f.Run(RisingBars(10));
-    EXPECT_EQ(f["A"].m_nFirst, 4);
-    EXPECT_EQ(f["B"].m_nFirst, 1);
-    EXPECT_EQ(f.At("B", 1), 1.0f);
-}
-
-TEST(Calc, WindowsKeepAnEarlierNarrowing) {
-    // Behind the longer average, later statements start where it does, with the values of their
-    // own windows.
-    Formula f({{"A", "MA(CLOSE,5)"}, {"B", "MA(CLOSE,2)"}, {"C", "HHV(CLOSE,0)"},
-               {"D", "REFDATE(CLOSE,1240103)"}});
-    f.Run(RisingBars(10));
-    EXPECT_EQ(f["B"].m_nFirst, 4);
-    EXPECT_EQ(f.At("B", 4), 4.5f);
-    EXPECT_EQ(f.At("B", 3), 0.0f);
-    EXPECT_EQ(f["C"].m_nFirst, 4);
-    EXPECT_EQ(f["D"].m_nFirst, 4);
-    EXPECT_EQ(f.At("D", 4), 2.0f);
 }
 
 TEST(Calc, RecursionAfterANarrowedRange) {

@@ -2,6 +2,8 @@
 // Builds a formula from "NAME:TEXT" statements and runs it over bars, the way the picker and the
 // chart view do: Change, bars, AllocMem, Calc.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -67,14 +69,14 @@ struct Statement {
 class Formula {
 public:
     Formula(std::initializer_list<Statement> statements) {
-        for (const auto& [name, text] : statements) {
-            auto* expr = new CExpression;
-            expr->m_strName = name;
-            expr->m_strText = text;
-            ind.m_arExpressions.push_back(expr);
-        }
+        for (const Statement& statement : statements) Add(statement);
     }
-
+    void Add(const Statement& statement) {
+        auto* expr = new CExpression;
+        expr->m_strName = statement.name;
+        expr->m_strText = statement.text;
+        ind.m_arExpressions.push_back(expr);
+    }
     void AddParam(const std::string& name, short value) {
         nytest::AddParam(ind, name, value);
         ind.m_arParams.back()->m_nMin = -100;
@@ -99,6 +101,39 @@ public:
     CIndicator ind;
     std::vector<CHisDay> bars;
 };
+
+// What one run leaves in a statement: computed or not, the first bar of its range (kAnyFirst: not
+// looked at) and values at some bars.
+constexpr short kAnyFirst = -1;
+struct Outcome {
+    const char* name;
+    char computed;
+    short first;
+    std::vector<std::pair<int, float>> values;  // bar, value
+};
+// A formula run over bars from drawStart (the first bar the market may be read from), and what
+// it must leave in its statements.
+struct RunCase {
+    const char* what;
+    std::vector<Statement> statements;
+    std::vector<CHisDay> bars;
+    short drawStart;
+    std::vector<Outcome> outcomes;
+};
+inline void ExpectRuns(const std::vector<RunCase>& cases) {
+    for (const RunCase& c : cases) {
+        Formula f({});
+        for (const Statement& statement : c.statements) f.Add(statement);
+        f.Run(c.bars, c.drawStart);
+        for (const Outcome& o : c.outcomes) {
+            EXPECT_EQ(f[o.name].m_cComputed, o.computed) << c.what << ": " << o.name;
+            if (o.first != kAnyFirst) {
+                EXPECT_EQ(f[o.name].m_nFirst, o.first) << c.what << ": " << o.name;
+            }
+            for (const auto& [bar, value] : o.values) EXPECT_EQ(f.At(o.name, bar), value) << c.what << ": " << bar;
+        }
+    }
+}
 
 // Evaluates one expression text alone over the bars and returns the code of CalExp; the value
 // and the range are left in the out parameters. A draw command needs the statement it fills.

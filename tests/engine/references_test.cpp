@@ -45,12 +45,14 @@ TEST_F(References, NamedLineAndDefaultLines) {
     EXPECT_EQ(f["T"].m_cComputed, 0);      // ".K" is looked up whole
 }
 
-TEST_F(References, UnknownFormulaOrLineAndOtherKindsFail) {
-    nytest::Formula f({{"A", "XYZ.K"}, {"B", "ABC.Q"}, {"C1", "COND"}});
-    f.Run(nytest::RisingBars(4));
-    EXPECT_EQ(f["A"].m_cComputed, 0);
-    EXPECT_EQ(f["B"].m_cComputed, 0);
-    EXPECT_EQ(f["C1"].m_cComputed, 0);
+TEST_F(References, FailuresAndNarrowing) {
+    nytest::ExpectRuns({
+        {"unknown formula or line, another kind", {{"A", "XYZ.K"}, {"B", "ABC.Q"}, {"C1", "COND"}},
+         nytest::RisingBars(4), 0, {{"A", 0, nytest::kAnyFirst, {}}, {"B", 0, nytest::kAnyFirst, {}}, {"C1", 0, nytest::kAnyFirst, {}}}},
+        {"a reference narrows to the line", {{"A", "ABC.K"}}, nytest::RisingBars(8), 3, {{"A", 1, 3, {{3, 8}}}}},
+        {"a self-reference ends cleanly", {{"A", "SELF"}, {"B", "LOOPA"}, {"C", "CLOSE"}}, nytest::RisingBars(4), 0,
+         {{"A", 0, nytest::kAnyFirst, {}}, {"B", 0, nytest::kAnyFirst, {}}, {"C", 1, 0, {}}}},
+    });
 }
 
 TEST_F(References, NestedRunLeavesTheLibraryObjectAlone) {
@@ -63,21 +65,6 @@ TEST_F(References, NestedRunLeavesTheLibraryObjectAlone) {
         EXPECT_EQ(e->m_cComputed, 0);
     }
     EXPECT_EQ(abc->m_pHisDay, nullptr);
-}
-
-TEST_F(References, ReferenceNarrowsToTheLine) {
-    nytest::Formula f({{"A", "ABC.K"}});
-    f.Run(nytest::RisingBars(8), 3);
-    EXPECT_EQ(f["A"].m_nFirst, 3);
-    EXPECT_FLOAT_EQ(f.At("A", 3), 8.0f);
-}
-
-TEST_F(References, SelfReferenceEndsCleanly) {
-    nytest::Formula f({{"A", "SELF"}, {"B", "LOOPA"}, {"C", "CLOSE"}});
-    f.Run(nytest::RisingBars(4));
-    EXPECT_EQ(f["A"].m_cComputed, 0);
-    EXPECT_EQ(f["B"].m_cComputed, 0);
-    EXPECT_EQ(f["C"].m_cComputed, 1);
 }
 
 }  // namespace

@@ -135,28 +135,28 @@ TEST_F(SampleMarket, BarsAreWeekdaysWithPricesInsideTheirRange) {
     }
 }
 
+// The close before bar i, adjusted by the ex-rights records of the days after it up to bar i's.
+float AdjustedPreviousClose(const std::vector<CPowerData>& oldestFirst, const std::vector<CHisDay>& days, size_t i) {
+    float reference = days[i - 1].m_fClose;
+    for (const CPowerData& record : oldestFirst)
+        if (record.m_lDate > days[i - 1].m_lTime && record.m_lDate <= days[i].m_lTime) reference = record.Adjust(reference);
+    return reference;
+}
+
 // Each price moves from the close before, adjusted by the ex-rights records in between, by no more
 // than the daily limit: the records explain every jump.
 TEST_F(SampleMarket, PriceJumpsMatchTheExRightsRecords) {
     int bigEvents = 0;
     for (const CStock* stock : Shares()) {
-        std::vector<CPowerData> records;
-        g_MyLoadPowerById(records, stock->m_cMarket == 0 ? stock->m_lStockID : stock->m_lStockID % 1000000);
-        std::reverse(records.begin(), records.end());
+        const std::vector<CPowerData> records = ny::ReadPowerFile(stock->GetPowerFilePath());
         ASSERT_FALSE(records.empty());
         const double limit = stock->m_strCode[0] == '3' ? 0.2 : 0.1;
         const std::vector<CHisDay> days = ny::ReadBarFile(stock->GetDayFilePath());
-        size_t next = 0;
-        while (next < records.size() && records[next].m_lDate <= days[0].m_lTime) ++next;
         for (size_t i = 1; i < days.size(); ++i) {
-            float reference = days[i - 1].m_fClose;
-            for (; next < records.size() && records[next].m_lDate <= days[i].m_lTime; ++next) {
-                const float adjusted = records[next].Adjust(reference);
-                bigEvents += adjusted < reference * 0.8f;
-                reference = adjusted;
-            }
-            EXPECT_LE(std::fabs(days[i].m_fClose / reference - 1), limit + 0.01) << stock->m_lStockID << " " << days[i].m_lTime;
-            EXPECT_LE(std::fabs(days[i].m_fOpen / reference - 1), limit + 0.01) << stock->m_lStockID << " " << days[i].m_lTime;
+            const float reference = AdjustedPreviousClose(records, days, i);
+            bigEvents += reference < days[i - 1].m_fClose * 0.8f;
+            for (const float price : {days[i].m_fClose, days[i].m_fOpen})
+                EXPECT_LE(std::fabs(price / reference - 1), limit + 0.01) << stock->m_lStockID << " " << days[i].m_lTime;
         }
     }
     EXPECT_GT(bigEvents, 0);  // bonus shares halve prices now and then
@@ -168,13 +168,10 @@ TEST_F(SampleMarket, IndexCountsRisingAndFallingShares) {
         std::map<int, std::pair<int, int>> counts;  // date -> rising, falling
         for (const CStock* stock : Shares()) {
             if (stock->m_cMarket != market) continue;
-            std::vector<CPowerData> records;
-            g_MyLoadPowerById(records, stock->m_lStockID);
+            const std::vector<CPowerData> records = ny::ReadPowerFile(stock->GetPowerFilePath());
             const std::vector<CHisDay> days = ny::ReadBarFile(stock->GetDayFilePath());
             for (size_t i = 1; i < days.size(); ++i) {
-                float reference = days[i - 1].m_fClose;
-                for (auto r = records.rbegin(); r != records.rend(); ++r)
-                    if (r->m_lDate > days[i - 1].m_lTime && r->m_lDate <= days[i].m_lTime) reference = r->Adjust(reference);
+                const float reference = AdjustedPreviousClose(records, days, i);
                 counts[days[i].m_lTime].first += days[i].m_fClose > reference;
                 counts[days[i].m_lTime].second += days[i].m_fClose < reference;
             }

@@ -7,18 +7,25 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
-#include <map>
 #include <sstream>
 #include <tuple>
 
 #include "host/clock.h"
 #include "host/sample_market.h"
 #include "host/stockdb.h"
+#include "model/period.h"
 #include "tests/picker/picker_fixture.h"
 
 namespace {
 
 using pickertest::Event;
+
+// The period of a name as the command line gives it ("day", "15min").
+short PeriodNumber(const std::string& name) {
+    const ny::PeriodRow* row = ny::FindPeriodByName(name);
+    EXPECT_NE(row, nullptr) << name;
+    return row != nullptr ? row->number : 0;
+}
 
 // One case of bars.txt: a fresh installation, a fresh engine and the bars of the last load.
 struct BarCase {
@@ -28,11 +35,6 @@ struct BarCase {
 
     // Runs one line of the case, its expectation after "->" in `want`.
     void Run(const std::string& command, std::istringstream& in, const std::string& want) {
-        static const std::map<std::string, short> kPeriods = {
-            {"day", NY_PERIOD_DAY},     {"week", NY_PERIOD_WEEK},   {"month", NY_PERIOD_MONTH},
-            {"quarter", NY_PERIOD_QUARTER}, {"year", NY_PERIOD_YEAR}, {"min1", NY_PERIOD_MIN1},
-            {"min5", NY_PERIOD_MIN5},   {"min15", NY_PERIOD_MIN15}, {"min30", NY_PERIOD_MIN30},
-            {"min60", NY_PERIOD_MIN60}};
         std::string first, rest, word;
         in >> first >> std::ws;
         std::getline(in, rest);
@@ -67,7 +69,7 @@ struct BarCase {
             if (command == "load") {
                 words >> word;
                 const std::string flags = rest.substr(word.size());
-                loaded = engine.Load(id, kPeriods.at(word), flags.find("adjusted") != std::string::npos,
+                loaded = engine.Load(id, PeriodNumber(word), flags.find("adjusted") != std::string::npos,
                                      flags.find("runs") != std::string::npos);
                 EXPECT_EQ(loaded.size(), std::stoul(want));
             } else if (command == "records") {
@@ -83,7 +85,7 @@ struct BarCase {
                 int a = 0, b = 0;
                 words >> word >> a >> b;
                 engine.m_lStockID = id;
-                engine.m_nPeriod = kPeriods.at(word);
+                engine.m_nPeriod = PeriodNumber(word);
                 EXPECT_EQ(engine.IsSamePeriod(a, b) ? "yes" : "no", want);
             }
         }
