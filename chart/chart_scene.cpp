@@ -37,6 +37,7 @@ struct PaneDraft {
     std::vector<PlotShape> plots;
     std::vector<TitlePart> title;
     bool fromZero = false;  // the scale includes 0 (volume)
+    int themeColours = 0;   // statements so far that took the theme's next line colour
 };
 
 ChartShape TextShape(PointF at, std::string text, Colour colour, TextAlign align) {
@@ -68,8 +69,13 @@ int DecimalsFor(double value) {
     return size >= 100000 ? 0 : size >= 1 || size == 0 ? 2 : 3;
 }
 
-Colour StatementColour(const CExpression& s, int index, const ChartTheme& theme) {
-    return s.m_lColor >= 0 ? static_cast<Colour>(s.m_lColor) & 0xFFFFFF : theme.lines[index % theme.lines.size()];
+// A statement's own colour, else the theme's next line colour: the drawn statements of all formulas
+// in a pane take them in turn, so that two formulas over the main pane don't draw alike. A NODRAW
+// value, shown in the title line only, takes the text colour and leaves the turn to the lines.
+Colour StatementColour(const CExpression& s, const ChartTheme& theme, PaneDraft* pane) {
+    if (s.m_lColor >= 0) return static_cast<Colour>(s.m_lColor) & 0xFFFFFF;
+    if (s.m_nType == NY_STYLE_NODRAW) return theme.text;
+    return theme.lines[pane->themeColours++ % theme.lines.size()];
 }
 
 std::string StatementLabel(const CExpression& s, int index) {
@@ -78,14 +84,15 @@ std::string StatementLabel(const CExpression& s, int index) {
 }
 
 // The title part of a statement: its name and last value, or its name marked as failed. Unnamed
-// draw commands that worked say nothing.
+// statements and draw commands that worked say nothing; a NODRAW line shows its value here only.
 void AddStatementTitle(const CExpression& s, int index, Colour colour, int lastBar, const ChartTheme& theme,
                        std::vector<TitlePart>* title) {
     if (s.m_cComputed != 1) {
         title->push_back({StatementLabel(s, index) + " 计算失败", theme.text});
         return;
     }
-    if (s.m_strName.empty() || s.m_nType == 0 || s.m_nType >= NY_STYLE_FIRST_DRAW_KIND) return;
+    const bool drawCommand = s.m_nType >= NY_STYLE_FIRST_DRAW_KIND && s.m_nType != NY_STYLE_NODRAW;
+    if (s.m_strName.empty() || s.m_nType == 0 || drawCommand) return;
     const std::string value = HasPlotValue(s, lastBar) ? FormatValue(s.m_pData[lastBar], DecimalsFor(s.m_pData[lastBar])) : "-";
     title->push_back({s.m_strName + ":" + value, colour});
 }
@@ -101,11 +108,10 @@ void AddFormula(const CIndicator& formula, const PlotContext& context, bool with
             pane->plots.push_back(line);
         }
     pane->title.push_back({formula.m_strName, theme.text});
-    int drawn = 0;
     for (size_t i = 0; i < formula.m_arExpressions.size(); ++i) {
         const CExpression& s = *formula.m_arExpressions[i];
         if (s.m_nType == 0 && s.m_cComputed == 1) continue;
-        const Colour colour = StatementColour(s, drawn++, theme);
+        const Colour colour = StatementColour(s, theme, pane);
         PlotStatement(s, colour, context, &pane->plots);
         AddStatementTitle(s, static_cast<int>(i), colour, context.endBar - 1, theme, &pane->title);
     }
@@ -166,10 +172,27 @@ void FitScale(const PaneDraft& draft, ChartPane* pane) {
     pane->high = high + room;
 }
 
+// Half way from one colour to another, channel by channel.
+Colour HalfWay(Colour from, Colour to) {
+    auto channel = [](unsigned a, unsigned b) { return (a + b + 1) / 2; };
+    return channel(RedOf(from), RedOf(to)) | channel(GreenOf(from), GreenOf(to)) << 8 |
+           channel(BlueOf(from), BlueOf(to)) << 16;
+}
+
+// Backgrounds first, then areas (bands, filled regions), then all else in order: an area is laid
+// under the candles and lines it surrounds instead of hiding them.
+std::vector<PlotShape> Layered(std::vector<PlotShape> plots) {
+    auto layer = [](const PlotShape& p) {
+        return p.shape.kind == ChartShape::Kind::Gradient ? 0 : p.shape.kind == ChartShape::Kind::Polygon ? 1 : 2;
+    };
+    std::stable_sort(plots.begin(), plots.end(), [&](const PlotShape& a, const PlotShape& b) { return layer(a) < layer(b); });
+    return plots;
+}
+
 PointF ToPixels(const ChartPane& pane, const PlotShape& p, PointF point) {
     if (p.paneFraction)
         return {pane.area.left + point.x * pane.area.Width(), pane.area.top + point.y * pane.area.Height()};
-    return {pane.XOfBar(point.x), pane.YOfValue(point.y) - (p.shape.kind == ChartShape::Kind::Text ? p.shape.size : 0)};
+    return {pane.XOfBar(point.x), pane.YOfValue(point.y) - p.lift};
 }
 
 double NiceStep(double rough) {
@@ -247,8 +270,10 @@ ChartPane FinishPane(const PaneDraft& draft, const PlotContext& c, double top, d
     pane.firstBar = c.firstBar;
     pane.barsShown = c.endBar - c.firstBar;
     FitScale(draft, &pane);
-    for (const PlotShape& p : draft.plots) {
+    for (const PlotShape& p : Layered(draft.plots)) {
         ChartShape shape = p.shape;
+        // Areas show half-transparent over the ground, so that one colour reads well in both themes.
+        if (shape.kind == ChartShape::Kind::Polygon) shape.colour = HalfWay(shape.colour, theme.background);
         for (PointF& point : shape.points) point = ToPixels(pane, p, point);
         pane.shapes.push_back(std::move(shape));
     }

@@ -9,27 +9,12 @@
 #include <functional>
 
 #include "catalog/styles.h"
+#include "engine/draw_kind.h"
 #include "host/hisday.h"
 #include "model/indicator.h"
 
 namespace ny {
 namespace {
-
-// Kinds that the draw commands leave in m_nType.
-enum DrawKind : int {
-    kPolyLine = 20,
-    kDrawLine = 21,
-    kDrawKLine = 22,
-    kStickLine = 23,
-    kDrawBand = 24,
-    kDrawIcon = 25,
-    kDrawText = 26,
-    kDrawTextFix = 27,
-    kDrawBmp = 30,
-    kDrawBackground = 31,
-    kDrawNumber = 33,
-    kFillRegion = 40,
-};
 
 constexpr double kColumnWidth = 0.7;  // a candle's or column's body, in bar spacings
 constexpr float kNoValue = -1e30f;    // DRAWNULL is -1e36: anything this low has no value
@@ -98,7 +83,6 @@ PlotShape TextAt(PointF at, std::string text, Colour colour, TextAlign align = T
     PlotShape p = MakeShape(ChartShape::Kind::Text, colour, {at});
     p.shape.text = std::move(text);
     p.shape.align = align;
-    p.shape.size = 0;  // pixels to move the text up
     return p;
 }
 
@@ -225,30 +209,54 @@ void PlotStickLine(const CExpression& s, Colour colour, const PlotContext& c, Sh
     }
 }
 
-// DRAWBAND and FILLRGN: quadrilaterals between two series from one bar to the next, in the colour
-// that `colourAt` gives for the pair of bars (or none).
+// DRAWBAND and FILLRGN: the area between two series, from one bar to the next in the colour that
+// `colourAt` gives for the pair of bars (or none). Neighbouring steps of one colour make one
+// polygon, so that no seams show between the bars.
 void PlotBand(const CExpression& s, const PlotContext& c, int upperField, int lowerField,
               const std::function<bool(int bar, Colour*)>& colourAt, Shapes* out) {
+    std::vector<PointF> upper, lower;
+    Colour runColour = 0;
+    auto flush = [&] {
+        if (upper.empty()) return;
+        upper.insert(upper.end(), lower.rbegin(), lower.rend());
+        out->push_back(MakeShape(ChartShape::Kind::Polygon, runColour, std::move(upper)));
+        upper.clear();
+        lower.clear();
+    };
     for (int bar = std::max<int>(c.firstBar, s.m_nFirst); bar + 1 < c.endBar; ++bar) {
         Colour colour = 0;
-        if (!InRange(s, bar) || !InRange(s, bar + 1) || !colourAt(bar, &colour)) continue;
-        out->push_back(MakeShape(ChartShape::Kind::Polygon, colour,
-                                 {{double(bar), DrawValue(s, bar, upperField)},
-                                  {double(bar + 1), DrawValue(s, bar + 1, upperField)},
-                                  {double(bar + 1), DrawValue(s, bar + 1, lowerField)},
-                                  {double(bar), DrawValue(s, bar, lowerField)}}));
+        if (!InRange(s, bar) || !InRange(s, bar + 1) || !colourAt(bar, &colour)) {
+            flush();
+            continue;
+        }
+        if (!upper.empty() && colour != runColour) flush();
+        if (upper.empty()) {
+            runColour = colour;
+            upper.push_back({double(bar), DrawValue(s, bar, upperField)});
+            lower.push_back({double(bar), DrawValue(s, bar, lowerField)});
+        }
+        upper.push_back({double(bar + 1), DrawValue(s, bar + 1, upperField)});
+        lower.push_back({double(bar + 1), DrawValue(s, bar + 1, lowerField)});
     }
+    flush();
 }
 
-// DRAWICON: odd types are red signals, even ones green; the shape goes round a cycle of five.
+// DRAWICON: odd types are red signals, even ones green; the shape goes round a cycle of five. An
+// arrow points at its price from beyond it, so that a buy arrow at the low sits under the candle
+// and a sell arrow at the high above it; other shapes are centred on the price.
 void PlotIcons(const CExpression& s, const PlotContext& c, Shapes* out) {
     static constexpr Marker kShapes[] = {Marker::TriangleUp, Marker::TriangleDown, Marker::Circle, Marker::Diamond,
                                          Marker::Square};
     const int type = std::max<int>(DrawParam<int16_t>(s, 0), 1);
     const Marker marker = kShapes[(type - 1) % 5];
     const Colour colour = type % 2 == 1 ? c.theme->up : c.theme->down;
-    for (int bar = c.firstBar; bar < c.endBar; ++bar)
-        if (ConditionOn(s, bar)) out->push_back(MarkerAt({double(bar), DrawValue(s, bar, 0)}, marker, colour, kIconSize));
+    const double lift = marker == Marker::TriangleUp ? -(kIconSize + 1) : marker == Marker::TriangleDown ? kIconSize + 1 : 0;
+    for (int bar = c.firstBar; bar < c.endBar; ++bar) {
+        if (!ConditionOn(s, bar)) continue;
+        PlotShape icon = MarkerAt({double(bar), DrawValue(s, bar, 0)}, marker, colour, kIconSize);
+        icon.lift = lift;
+        out->push_back(std::move(icon));
+    }
 }
 
 // DRAWTEXT and DRAWTEXT_OFFSET; the offset moves the text up by that many pixels.
@@ -257,7 +265,7 @@ void PlotTexts(const CExpression& s, Colour colour, const PlotContext& c, Shapes
     for (int bar = c.firstBar; bar < c.endBar; ++bar) {
         if (!ConditionOn(s, bar)) continue;
         PlotShape label = TextAt({double(bar), DrawValue(s, bar, 0)}, text, colour);
-        label.shape.size = DrawArg(s, 0);
+        label.lift = DrawArg(s, 0);
         out->push_back(std::move(label));
     }
 }
@@ -297,7 +305,7 @@ void PlotBackground(const CExpression& s, Shapes* out) {
     PlotShape fill = MakeShape(ChartShape::Kind::Gradient, top, {{0, 0}, {1, 1}});
     fill.shape.colour2 = DrawArg(s, 1) != 0 ? static_cast<uint32_t>(DrawParam<int32_t>(s, 4)) : top;
     fill.paneFraction = true;
-    out->insert(out->begin(), std::move(fill));
+    out->push_back(std::move(fill));
 }
 
 }  // namespace
@@ -312,28 +320,28 @@ void PlotStatement(const CExpression& s, Colour colour, const PlotContext& c, Sh
     if (s.m_pDrawData == nullptr) return;
     const int width = std::max<short>(s.m_nWidth, 1);
     switch (s.m_nType) {
-        case kPolyLine:
+        case kDrawPolyline:
             return PlotPolyline(c, [&](int bar, double* v) { return ConditionOn(s, bar) && (*v = DrawValue(s, bar, 0), true); },
                                 colour, width, false, true, out);
         case kDrawLine: return PlotDrawLine(s, colour, c, out);
-        case kDrawKLine: return PlotKLine(s, c, out);
-        case kStickLine: return PlotStickLine(s, colour, c, out);
+        case kDrawCandle: return PlotKLine(s, c, out);
+        case kDrawStick: return PlotStickLine(s, colour, c, out);
         case kDrawBand:
             return PlotBand(s, c, 0, 1, [&](int bar, Colour* col) {
                 const bool above = DrawValue(s, bar, 0) + DrawValue(s, bar + 1, 0) > DrawValue(s, bar, 1) + DrawValue(s, bar + 1, 1);
                 *col = static_cast<uint32_t>(DrawParam<int32_t>(s, above ? 0 : 4));
                 return true;
             }, out);
-        case kFillRegion:
+        case kDrawRegion:
             return PlotBand(s, c, 0, 2, [&](int bar, Colour* col) {
                 *col = static_cast<uint32_t>(DrawParam<int32_t>(s, 0));
                 return DrawValue(s, bar, 1) != 0;
             }, out);
         case kDrawIcon: return PlotIcons(s, c, out);
         case kDrawText: return PlotTexts(s, colour, c, out);
-        case kDrawTextFix: return PlotFixedText(s, colour, out);
+        case kDrawFixedText: return PlotFixedText(s, colour, out);
         case kDrawNumber: return PlotNumbers(s, colour, c, out);
-        case kDrawBmp: return PlotPictures(s, colour, c, out);
+        case kDrawBitmap: return PlotPictures(s, colour, c, out);
         case kDrawBackground: return PlotBackground(s, out);
         default: return;  // tips and signals have nothing to draw on a still picture
     }

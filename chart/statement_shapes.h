@@ -14,6 +14,7 @@ namespace ny {
 struct PlotShape {
     ChartShape shape;
     bool paneFraction = false;
+    double lift = 0;  // pixels to move the shape up once it is placed, e.g. a text off its price
 };
 
 // The bars on show, [firstBar, endBar), and what the shapes take their colours from.

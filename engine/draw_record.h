@@ -8,19 +8,13 @@
 #include <cstring>
 #include <string>
 
+#include "engine/draw_kind.h"
 #include "engine/eval_context.h"
 #include "engine/eval_util.h"
 #include "engine/series_pool.h"
 #include "model/indicator.h"
 
 namespace ny {
-
-// Kinds of draw commands in m_nType.
-enum DrawKind : short {
-    kDrawPolyline = 20, kDrawLine = 21, kDrawCandle = 22, kDrawStick = 23, kDrawBand = 24,
-    kDrawIcon = 25, kDrawText = 26, kDrawFixedText = 27, kDrawHitTip = 28, kDrawBitmap = 30,
-    kDrawBackground = 31, kDrawNumber = 33, kDrawRegion = 40
-};
 
 // Longest text a command keeps, in bytes.
 constexpr size_t kDrawTextBytes = 127;

@@ -61,29 +61,62 @@ CExpression* Statement(CIndicator& formula, const std::string& name, short type,
 struct ChartFixture : ::testing::Test {
     std::vector<CHisDay> bars = Bars();
     CIndicator formula;
+    CIndicator mainFormula;
 
     ny::ChartScene Scene(const ny::ChartTheme& theme = ny::DarkTheme()) {
         ny::ChartRequest request;
         request.bars = bars.data();
         request.barCount = static_cast<int>(bars.size());
         request.formula = &formula;
+        request.mainFormula = &mainFormula;
         request.theme = &theme;
         request.size = {600, 400};
         return ny::BuildChartScene(request);
     }
 };
 
-TEST_F(ChartFixture, CandlesAreRedUpAndGreenDownInBothThemes) {
-    formula.m_strName = "EMPTY";
-    for (const ny::ChartTheme* theme : {&ny::DarkTheme(), &ny::LightTheme()}) {
+void PutDraw(CExpression* s, int field, const std::vector<float>& values) {
+    for (size_t bar = 0; bar < values.size(); ++bar) s->m_pDrawData[4 * bar + field] = values[bar];
+}
+
+template <typename T>
+void PutParam(CExpression* s, size_t offset, T value) {
+    std::memcpy(s->m_DrawParams + offset, &value, sizeof value);
+}
+
+// Over a blue area from 9 to 14 on the main pane: the candles keep their colours on top of it, the
+// area shows half way between blue and the ground, and a buy arrow at 10 under bar 3 points up
+// at that price from below.
+TEST_F(ChartFixture, CandlesAreRedUpAndGreenDownOverAreasInBothThemes) {
+    formula.m_strName = "AREA";
+    formula.m_cDrawPos = 1;
+    CExpression* area = Statement(formula, "", 40, {0, 0, 0, 0, 0});
+    PutDraw(area, 0, {14, 14, 14, 14, 14});
+    PutDraw(area, 1, {1, 1, 1, 1, 1});
+    PutDraw(area, 2, {9, 9, 9, 9, 9});
+    PutParam(area, 0, 0xC80000);
+    CExpression* arrow = Statement(formula, "", 25, {0, 0, 0, 1, 0});
+    PutDraw(arrow, 0, {0, 0, 0, 10, 0});
+    PutParam<int16_t>(arrow, 0, 1);
+    const struct {
+        const ny::ChartTheme* theme;
+        ny::Colour area;
+    } themes[] = {{&ny::DarkTheme(), 0x640000}, {&ny::LightTheme(), 0xE48080}};
+    for (const auto& [theme, areaColour] : themes) {
         const ny::ChartScene scene = Scene(*theme);
         const std::vector<ny::Colour> pixels = ny::RenderChartPixels(scene);
         const ny::ChartPane& main = scene.panes.at(0);
+        auto pixelAt = [&](double x, double y) {
+            return pixels.at(static_cast<size_t>(y) * scene.size.width + static_cast<size_t>(x));
+        };
+        EXPECT_EQ(pixelAt((main.XOfBar(0) + main.XOfBar(1)) / 2, main.YOfValue(13.5)), areaColour);
+        EXPECT_EQ(pixelAt(main.XOfBar(3), main.YOfValue(10) - 3), areaColour) << "nothing above the arrow's tip";
+        EXPECT_EQ(pixelAt(main.XOfBar(3), main.YOfValue(10) + 5), theme->up) << "the arrow below its tip";
         for (int bar = 0; bar < 5; ++bar) {
             const Candle c = kCandles[bar];
             const int x = static_cast<int>(main.XOfBar(bar));
             const int y = static_cast<int>(main.YOfValue((c.open + c.close) / 2));
-            const ny::Colour pixel = pixels.at(static_cast<size_t>(y) * scene.size.width + x);
+            const ny::Colour pixel = pixelAt(x, y);
             const bool up = c.close > c.open;
             const unsigned strong = up ? ny::RedOf(pixel) : ny::GreenOf(pixel);
             const unsigned weak = up ? ny::GreenOf(pixel) : ny::RedOf(pixel);
@@ -110,6 +143,8 @@ TEST_F(ChartFixture, SvgLinePassesThroughTheValuesAndTextsAreThere) {
     formula.m_strName = "TEST";
     const std::vector<float> mid{11, 11.25f, 10.75f, 12, 12.5f};  // (open + close) / 2
     Statement(formula, "MID", 1, mid)->m_lColor = 0xFF0000;  // blue
+    Statement(formula, "PLAIN", 1, mid);  // the theme's first line colour: MID has its own
+    Statement(formula, "HIDDEN", 32, {0, 0, 0, 0, 7});
     CExpression* text = Statement(formula, "", 26, {0, 1, 0, 0, 1});
     text->m_pDrawData[4 * 1] = 10;
     std::snprintf(text->m_DrawParams, sizeof text->m_DrawParams, "%s", "买入");
@@ -125,18 +160,10 @@ TEST_F(ChartFixture, SvgLinePassesThroughTheValuesAndTextsAreThere) {
         EXPECT_NEAR(drawn[bar].x, pane.XOfBar(bar), 0.01) << bar;
         EXPECT_NEAR(drawn[bar].y, pane.YOfValue(mid[bar]), 0.01) << bar;
     }
-    for (const char* shown : {"买入", "MID:12.50", "BAD 计算失败"})
+    EXPECT_EQ(PolylinePoints(svg, "#ffffff").size(), mid.size());
+    for (const char* shown : {"买入", "MID:12.50", "HIDDEN:7.00", "BAD 计算失败"})
         EXPECT_NE(svg.find(ny::GbkToUtf8(shown)), std::string::npos) << ny::GbkToUtf8(shown);
     EXPECT_EQ(svg.find("MID:12.50"), svg.rfind("MID:12.50")) << "one title entry per statement";
-}
-
-void PutDraw(CExpression* s, int field, const std::vector<float>& values) {
-    for (size_t bar = 0; bar < values.size(); ++bar) s->m_pDrawData[4 * bar + field] = values[bar];
-}
-
-template <typename T>
-void PutParam(CExpression* s, size_t offset, T value) {
-    std::memcpy(s->m_DrawParams + offset, &value, sizeof value);
 }
 
 void PutArgs(CExpression* s, const std::vector<float>& args) {
@@ -161,7 +188,7 @@ TEST(ChartDrawCommands, EachCommandDrawsItsElement) {
          "<rect [^>]*fill=\"#0000ff\""},
         {"DRAWBAND", 24, [](CExpression* s) { PutDraw(s, 0, {13, 13, 13, 13, 13}); PutDraw(s, 1, {9, 9, 9, 9, 9});
                                               PutParam(s, 0, 0x00FFFF); },
-         "<polygon [^>]*fill=\"#ffff00\""},
+         "<polygon [^>]*fill=\"#808000\""},
         {"DRAWICON", 25, [](CExpression* s) { s->m_pData[2] = 1; PutDraw(s, 0, {0, 0, 11}); PutParam<int16_t>(s, 0, 1); },
          "<polygon [^>]*fill=\"#ff3c3c\""},
         {"DRAWTEXT_FIX", 27, [](CExpression* s) { PutArgs(s, {1, 0.5f, 0.5f, 0}); PutParam(s, 0, '!'); },
@@ -173,7 +200,7 @@ TEST(ChartDrawCommands, EachCommandDrawsItsElement) {
          ">7.25</text>"},
         {"FILLRGN", 40, [](CExpression* s) { PutDraw(s, 0, {13, 13, 13}); PutDraw(s, 1, {1, 1, 1}); PutDraw(s, 2, {9, 9, 9});
                                              PutParam(s, 0, 0x808000); },
-         "<polygon [^>]*fill=\"#008080\""},
+         "<polygon [^>]*fill=\"#004040\""},
     };
     const std::vector<CHisDay> bars = Bars();
     for (const Row& row : rows) {
@@ -191,13 +218,19 @@ TEST(ChartDrawCommands, EachCommandDrawsItsElement) {
     }
 }
 
+// Its lines take the theme's line colours after those of the main-chart formula.
 TEST_F(ChartFixture, FormulaOverTheMainPaneHasNoPaneOfItsOwn) {
     formula.m_strName = "OVER";
     formula.m_cDrawPos = 1;
     Statement(formula, "HIGHER", 1, {20, 20, 20, 20, 20});
+    mainFormula.m_strName = "MA";
+    Statement(mainFormula, "MA1", 1, {11, 11, 11, 11, 11});
     const ny::ChartScene scene = Scene();
     ASSERT_EQ(scene.panes.size(), 2u);
     EXPECT_GT(scene.panes[0].high, 20) << "the main scale takes the formula's values in";
+    const std::string svg = ny::RenderChartSvg(scene);
+    EXPECT_EQ(PolylinePoints(svg, "#ffffff").size(), 5u) << "MA1";
+    EXPECT_EQ(PolylinePoints(svg, "#ffff00").size(), 5u) << "HIGHER";
 }
 
 TEST_F(ChartFixture, UnwritableFilesFailAndLeaveNothingBehind) {
