@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <set>
+#include <sstream>
 
 #include "engine/evaluate.h"
 #include "host/files.h"
@@ -104,6 +105,39 @@ TEST_F(FormulaSetTest, EveryFormulaEvaluatesOverEverySampleStock) {
         }
     }
     EXPECT_GT(evaluations, 300 * 60);
+}
+
+// The rows of drawing_formulas.txt: statements of formulas that draw, over five bars by hand.
+TEST_F(FormulaSetTest, DrawingFormulasOnHandMadeBars) {
+    std::vector<CHisDay> bars;
+    for (float close : {100, 104, 106, 100, 94}) {
+        bars.emplace_back();
+        bars.back().m_lTime = 20240102 + static_cast<int>(bars.size());
+        bars.back().m_fOpen = bars.back().m_fClose = close;
+        bars.back().m_fHigh = close + 1, bars.back().m_fLow = close - 1;
+    }
+    std::istringstream rows(ReadText(NY_SOURCE_DIR "/tests/cli/drawing_formulas.txt"));
+    int checked = 0;
+    for (std::string line, name, word; std::getline(rows, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream row(line);
+        row >> name;
+        CIndicator f;
+        f = *g_MyGetIndicator(name.c_str(), NY_KIND_INDICATOR);
+        for (size_t i = 0; row >> word && word != "|"; ++i) f.m_arParams.at(i)->m_nDefault = std::stoi(word);
+        int statement;
+        row >> statement >> word;
+        ny::EvaluateOver(f, 600001, bars.data(), static_cast<short>(bars.size()));
+        const CExpression& s = *f.m_arExpressions.at(statement);
+        row >> line;  // the "|"
+        for (int bar = 2; bar <= 4; ++bar, ++checked) {
+            float expected = 0;
+            row >> expected;
+            const float got = word == "out" ? s.m_pData[bar] : s.m_pDrawData[4 * bar + (word[1] - '0')];
+            EXPECT_FLOAT_EQ(got, expected) << name << " statement " << statement << " " << word << " bar " << bar;
+        }
+    }
+    EXPECT_EQ(checked, 13 * 3);
 }
 
 }  // namespace
