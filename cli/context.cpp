@@ -42,12 +42,20 @@ std::vector<std::unique_ptr<ny::FileLock>>& HeldLocks() {
 // day, and a minute-based pick, refused while the market trades, may run.
 constexpr int kAfterCloseTime = 153000;
 
+// An installed nyind opens the sample installation installed with it; the build tree's nyind,
+// which has none beside it, the one the build made.
+std::string DefaultHome() {
+    const std::string program = ny::ProgramDirectory();
+    if (!program.empty() && IsDirectory(program + NY_INSTALLED_HOME)) return program + NY_INSTALLED_HOME;
+    return NY_DEFAULT_HOME;
+}
+
 }  // namespace
 
 std::string HomeDirectory(const GlobalOptions& options) {
     if (!options.home.empty()) return options.home;
     if (const char* env = std::getenv("NYIND_HOME"); env != nullptr && *env != '\0') return env;
-    return NY_DEFAULT_HOME;
+    return DefaultHome();
 }
 
 int OpenHome(const GlobalOptions& options, bool needMarket, LibraryUse use) {

@@ -1,6 +1,6 @@
 # cmake --install: the layer libraries, the public headers under include/ny_indicator/ (the
 # umbrella ny_indicator.h at its root, the others at the same relative paths as in the source
-# tree), nyind with the lexer module beside it, and the package configuration that makes
+# tree), nyind with the lexer module beside it and its sample installation, and the package configuration that makes
 # find_package(ny_indicator) give the target ny_indicator::ny_indicator.
 include(CMakePackageConfigHelpers)
 set(NY_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ny_indicator)
@@ -41,6 +41,12 @@ install(EXPORT ny_indicator_targets NAMESPACE ny_indicator:: DESTINATION ${NY_PA
 install(TARGETS ny_lexical LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(NY_BUILD_PROGRAMS)
   install(TARGETS nyind RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  # The sample installation nyind opens by default: the sample market and the system formula set
+  # (not whatever the build's own runs left in the build tree's copy).
+  install(DIRECTORY ${NY_DEFAULT_HOME_DIR}/data DESTINATION ${NY_INSTALLED_HOME_DIR})
+  install(FILES ${NY_DEFAULT_HOME_DIR}/config_main.ini DESTINATION ${NY_INSTALLED_HOME_DIR})
+  install(FILES ${NY_DEFAULT_HOME_DIR}/defineuser/indi/nysys.dat ${NY_DEFAULT_HOME_DIR}/defineuser/indi/nybase.dat
+          DESTINATION ${NY_INSTALLED_HOME_DIR}/defineuser/indi)
 endif()
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/ny_indicator-config.cmake.in

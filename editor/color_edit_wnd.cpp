@@ -4,28 +4,12 @@
 #include "editor/color_edit_wnd.h"
 
 #include <dlfcn.h>
-#include <unistd.h>
-
-#include <climits>
 
 #include "check/syntax_checker.h"
 #include "check/translate.h"
 #include "check/word_classes.h"
+#include "host/files.h"
 #include "host/global.h"
-
-namespace {
-
-// The directory of the running program, with a trailing '/'; empty if it can't be read.
-CString ProgramDirectory() {
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path) - 1);
-    if (length <= 0) return {};
-    const CString program(path, static_cast<size_t>(length));
-    const size_t slash = program.rfind('/');
-    return slash == CString::npos ? CString() : program.substr(0, slash + 1);
-}
-
-}  // namespace
 
 ColorEditWnd::ColorEditWnd() { Reset(); }
 
@@ -67,7 +51,7 @@ void ColorEditWnd::PrepareLanguage() {
 
 std::vector<CString> ColorEditWnd::LexicalModulePaths() {
     std::vector<CString> paths;
-    const CString programDirectory = ProgramDirectory();
+    const CString programDirectory = ny::ProgramDirectory();
     if (!programDirectory.empty()) paths.push_back(programDirectory + NY_LEXICAL_MODULE_FILE);
     if (!g_MyExePath.empty()) paths.push_back(g_MyExePath + NY_LEXICAL_MODULE_FILE);
 #ifdef NY_LEXICAL_BUILD_PATH

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <bit>
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -19,6 +20,14 @@
 #include "platform/file_system.h"
 
 namespace ny {
+
+std::string ProgramDirectory() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path) - 1);
+    if (length <= 0) return {};
+    const std::string program(path, static_cast<size_t>(length));
+    return program.substr(0, program.rfind('/') + 1);
+}
 
 static_assert(std::endian::native == std::endian::little,
               "record files are little-endian and are read in place");

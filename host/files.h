@@ -11,6 +11,9 @@
 
 namespace ny {
 
+// The folder of the running program, with a trailing '/'; empty if it can't be read.
+std::string ProgramDirectory();
+
 // Reads the whole file into bytes. False if it can't be opened or read, if it is not a regular
 // file (a folder, a FIFO or a device is refused without waiting on it or reading it), or if it
 // is longer than maxBytes; `error`, if given, then says which.

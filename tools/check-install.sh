@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks that the library installs and serves another project: a fresh Ninja build of the
-# libraries and nyind, cmake --install into a temporary prefix, then the consumer project under
+# libraries and nyind, cmake --install into a temporary prefix, the installed nyind over its
+# installed sample installation, then the consumer project under
 # tests/consumer built against that prefix with find_package(ny_indicator) and run, and once more
 # with the library's sources added as its subdirectory.
 set -euo pipefail
@@ -15,7 +16,10 @@ cmake -S . -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DNY_BUILD_TESTS
       -DNY_BUILD_BENCHMARKS=OFF "${launcher[@]}" >/dev/null
 cmake --build "$work/build" -j 2 >/dev/null
 cmake --install "$work/build" --prefix "$work/prefix" >/dev/null
-"$work/prefix/bin/nyind" --home "$work/build/install" funcs MA >/dev/null
+# The installed nyind opens its own installed sample installation, not the build tree's (moved
+# out of the way here): the system formula over a sample stock.
+mv "$work/build/install" "$work/build-home"
+"$work/prefix/bin/nyind" calc --formula MACD --stock SH600001 --last 1 >/dev/null
 
 cmake -S tests/consumer -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/consumer" >/dev/null
