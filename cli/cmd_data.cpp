@@ -163,6 +163,7 @@ void AddDataCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     command->add_option("--pinyin", options->pinyin, "Pinyin initials of the new stock (default: made from the name)");
     command->add_option("--kind", options->kind, "Kind words of the new stock, joined by + (default A)");
     command->callback([options, &global, &status] { status = RunImport(*options, global); });
+    AddDataTableCommands(*data, global, status);
 }
 
 }  // namespace nyind

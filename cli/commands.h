@@ -14,6 +14,8 @@ void AddCalcCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddLibCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddFuncsCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddDataCommand(CLI::App& app, const GlobalOptions& global, int& status);
+// The quotes, finance and blocks subcommands of "data".
+void AddDataTableCommands(CLI::App& data, const GlobalOptions& global, int& status);
 void AddPickCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddQuotesCommand(CLI::App& app, const GlobalOptions& global, int& status);
 void AddExplainCommand(CLI::App& app, const GlobalOptions& global, int& status);

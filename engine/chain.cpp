@@ -52,12 +52,12 @@ const std::vector<WordGroup>& BuiltInChain() {
         {{"SAR", "SARTURN"}, &CIndicator::ReadSAR, nullptr, true, false},
         {{"INMODULE", "MODULESETNUM"}, nullptr, nullptr, false, false},
         {{"MODULESORT"}, nullptr, nullptr, false, false},
-        {{"MFLOW"}, nullptr, nullptr, true, false},
-        {{"HYBLOCK", "GNBLOCK", "FGBLOCK", "DYBLOCK"}, nullptr, nullptr, false, false},
-        {{"STRCAT"}, nullptr, nullptr, false, false},
-        {{"CON2STR"}, nullptr, nullptr, false, false},
-        {{"INFOFILE"}, nullptr, nullptr, false, false},
-        {{"STRING"}, nullptr, nullptr, false, false},
+        {{"MFLOW"}, &CIndicator::ReadMFlow, nullptr, true, false},
+        {{"HYBLOCK", "GNBLOCK", "FGBLOCK", "DYBLOCK"}, nullptr, &CIndicator::ReadINDUSTRY, false, false},
+        {{"STRCAT"}, nullptr, &CIndicator::ReadSTRCAT, false, false},
+        {{"CON2STR"}, nullptr, &CIndicator::ReadCON2STR, false, false},
+        {{"INFOFILE"}, nullptr, &CIndicator::ReadINFOFILE, false, false},
+        {{"STRING"}, nullptr, &CIndicator::ReadSTRING, false, false},
     };
     return chain;
 }

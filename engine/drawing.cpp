@@ -13,6 +13,7 @@
 #include "engine/draw_record.h"
 #include "engine/eval_code.h"
 #include "engine/function_util.h"
+#include "engine/text_scan.h"
 #include "model/indicator.h"
 
 namespace {
@@ -20,6 +21,9 @@ namespace {
 using ny::DrawRecord;
 using ny::Operand;
 using ny::SpreadRule;
+using ny::ReadQuotedText;
+using ny::SkipBlanks;
+using ny::StepBehindParenthesis;
 
 // What a constant condition may be: PLOYLINE and DRAWLINE refuse any, the others a false one.
 enum class ConstantCondition { Refused, TrueOnly };
@@ -44,33 +48,6 @@ char ReadWholeArgument(CIndicator& ind, Operand& a, bool last, int* value) {
     if (const char rc = ReadValue(ind, a, last)) return rc;
     if (!ny::IsWholeNumber(a.values()[0])) return NY_EVAL_BAD_PERIOD;
     *value = ny::RoundedPeriod(a.values()[0]);
-    return 0;
-}
-
-void SkipBlanks(CIndicator& ind) {
-    while (*ind.Context().m_pCursor == ' ') ++ind.Context().m_pCursor;
-}
-
-// Puts the cursor behind the next ")", code 10 if the statement ends first.
-char StepBehindParenthesis(CIndicator& ind) {
-    char* p = ind.Context().m_pCursor;
-    while (*p != ')' && *p != ';' && *p != '\0') ++p;
-    ind.Context().m_pCursor = p;
-    if (*p != ')') return NY_EVAL_UNTERMINATED;
-    ++ind.Context().m_pCursor;
-    return 0;
-}
-
-// A quoted text at the cursor, blanks first: code 7 without the opening quote, 10 without the
-// closing one. The cursor ends behind the closing quote; the text is cut at 127 bytes.
-char ReadQuotedText(CIndicator& ind, std::string* text) {
-    SkipBlanks(ind);
-    if (*ind.Context().m_pCursor != '\'') return NY_EVAL_UNKNOWN_WORD;
-    const char* start = ++ind.Context().m_pCursor;
-    const char* end = std::strchr(start, '\'');
-    if (end == nullptr) return NY_EVAL_UNTERMINATED;
-    text->assign(start, std::min<size_t>(end - start, ny::kDrawTextBytes));
-    ind.Context().m_pCursor = const_cast<char*>(end) + 1;
     return 0;
 }
 

@@ -1,6 +1,5 @@
 #include "host/installation.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <unordered_set>
@@ -10,42 +9,16 @@
 #include "host/files.h"
 #include "host/global.h"
 #include "host/stockdb.h"
+#include "host/stock_tables.h"
 #include "host/text_fields.h"
 
 namespace ny {
 namespace {
 
-bool ParseFloat(const std::string& text, float* value) {
-    if (text.empty()) return false;
-    char* end = nullptr;
-    errno = 0;
-    const float parsed = std::strtof(text.c_str(), &end);
-    if (errno != 0 || end != text.c_str() + text.size()) return false;
-    *value = parsed;
-    return true;
-}
-
-// A text file as lines, with their numbers from 1. Comment lines ("#") and blank lines are left
-// out; a byte-order mark is skipped.
-struct TextLine {
-    int number;
-    std::string text;
-};
-
-bool ReadTextLines(const std::string& path, std::vector<TextLine>* lines) {
+bool ReadTextLines(const std::string& path, std::vector<NumberedLine>* lines) {
     std::string bytes;
     if (!ReadWholeFile(path, &bytes)) return false;
-    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) bytes.erase(0, 3);
-    int number = 0;
-    size_t start = 0;
-    while (start < bytes.size()) {
-        size_t end = bytes.find('\n', start);
-        if (end == std::string::npos) end = bytes.size();
-        ++number;
-        const std::string text = Trim(bytes.substr(start, end - start));
-        if (!text.empty() && text[0] != '#') lines->push_back({number, text});
-        start = end + 1;
-    }
+    *lines = SplitTextLines(std::move(bytes));
     return true;
 }
 
@@ -122,13 +95,13 @@ CStock* ParseStockLine(const std::vector<std::string>& fields, std::string* reas
 
 bool LoadStockList() {
     const std::string path = StockListPath();
-    std::vector<TextLine> lines;
+    std::vector<NumberedLine> lines;
     if (!ReadTextLines(path, &lines)) {
         ReportProblem(path + ": can't be read, the market is empty");
         return false;
     }
     std::unordered_set<int> listed;
-    for (const TextLine& line : lines) {
+    for (const NumberedLine& line : lines) {
         if (line.text.compare(0, 5, "code,") == 0) continue;  // the header line
         std::string reason;
         CStock* stock = ParseStockLine(SplitFields(line.text), &reason);
@@ -146,95 +119,18 @@ bool LoadStockList() {
     return true;
 }
 
-// The quotes file: a line "date=YYYYMMDD", a header line "code,<column>,...", then one line per
-// stock. Returns the date, or 0 if there is none.
-int LoadQuotes() {
-    const std::string path = QuotesPath();
-    std::vector<TextLine> lines;
-    if (!ReadTextLines(path, &lines)) return 0;
-    int date = 0;
-    std::vector<short> codes;  // GetValue code of each column after the first; -1 ignored
-    bool haveHeader = false;
-    for (const TextLine& line : lines) {
-        const std::vector<std::string> fields = SplitFields(line.text);
-        if (line.text.compare(0, 5, "date=") == 0) {
-            date = std::atoi(line.text.c_str() + 5);
-            if (WeekDay(date) == 0) {
-                ReportLine(path, line.number, "bad date");
-                date = 0;
-            }
-            continue;
-        }
-        if (fields[0] == "code") {
-            codes.clear();
-            for (size_t i = 1; i < fields.size(); ++i) {
-                short code = -1;
-                for (const QuoteColumn& column : QuoteColumns())
-                    if (fields[i] == column.name) code = column.code;
-                if (code < 0) ReportProblem(path + ": line " + std::to_string(line.number) +
-                                            ": unknown column \"" + fields[i] + "\" ignored");
-                codes.push_back(code);
-            }
-            haveHeader = true;
-            continue;
-        }
-        if (!haveHeader) {
-            ReportLine(path, line.number, "no header line before the quotes");
-            continue;
-        }
-        if (fields.size() != codes.size() + 1) {
-            ReportLine(path, line.number, "expected " + std::to_string(codes.size() + 1) + " fields");
-            continue;
-        }
-        CStock* stock = g_MyGetStock(ParseStockCode(fields[0]));
-        if (stock == nullptr) {
-            ReportLine(path, line.number, "unknown stock \"" + fields[0] + "\"");
-            continue;
-        }
-        std::vector<float> values(codes.size());
-        bool numbers = true;
-        for (size_t i = 0; i < codes.size(); ++i) numbers = numbers && ParseFloat(fields[i + 1], &values[i]);
-        if (!numbers) {
-            ReportLine(path, line.number, "a value is not a number");
-            continue;
-        }
-        for (size_t i = 0; i < codes.size(); ++i)
-            if (codes[i] >= 0) stock->SetValue(codes[i], values[i]);
-    }
-    return date;
-}
-
 }  // namespace
 
-const std::vector<QuoteColumn>& QuoteColumns() {
-    static const std::vector<QuoteColumn> kColumns = {
-        {"preclose", NY_QUOTE_PRECLOSE}, {"open", NY_QUOTE_OPEN}, {"high", NY_QUOTE_HIGH},
-        {"low", NY_QUOTE_LOW}, {"last", NY_QUOTE_LAST}, {"volume", NY_QUOTE_VOLUME},
-        {"amount", NY_QUOTE_AMOUNT}, {"extra", NY_QUOTE_EXTRA},
-        {"buy1", NY_QUOTE_BUY_PRICE1}, {"buyvol1", NY_QUOTE_BUY_VOLUME1},
-        {"buy2", NY_QUOTE_BUY_PRICE2}, {"buyvol2", NY_QUOTE_BUY_VOLUME2},
-        {"buy3", NY_QUOTE_BUY_PRICE3}, {"buyvol3", NY_QUOTE_BUY_VOLUME3},
-        {"sell1", NY_QUOTE_SELL_PRICE1}, {"sellvol1", NY_QUOTE_SELL_VOLUME1},
-        {"sell2", NY_QUOTE_SELL_PRICE2}, {"sellvol2", NY_QUOTE_SELL_VOLUME2},
-        {"sell3", NY_QUOTE_SELL_PRICE3}, {"sellvol3", NY_QUOTE_SELL_VOLUME3},
-        {"curvol", NY_QUOTE_CUR_VOLUME}, {"inner", NY_QUOTE_INNER}, {"outer", NY_QUOTE_OUTER},
-        {"avgprice", NY_QUOTE_AVG_PRICE}, {"volratio", NY_QUOTE_VOLUME_RATIO},
-        {"change", NY_QUOTE_CHANGE}, {"risepct", NY_QUOTE_RISE_PERCENT},
-        {"orderratio", NY_QUOTE_ORDER_RATIO}, {"orderdiff", NY_QUOTE_ORDER_DIFF},
-        {"amplitude", NY_QUOTE_AMPLITUDE}, {"pe", NY_QUOTE_PE}, {"turnover", NY_QUOTE_TURNOVER},
-    };
-    return kColumns;
-}
-
 std::string StockListPath() { return g_MyExePath + "data/stocks.csv"; }
-std::string QuotesPath() { return g_MyExePath + "data/quotes.csv"; }
+std::string QuotesPath() { return StockTablePath(QuoteTable()); }
 
 bool OpenInstallation(const std::string& path) {
     CloseInstallation();
     g_MyExePath = path.empty() || path.back() == '/' ? path : path + "/";
     const bool listed = LoadStockList();
     ny::IndexStocks();
-    const int quoteDate = LoadQuotes();
+    const int quoteDate = LoadStockTable(QuoteTable());
+    LoadStockTable(FinanceTable());
     g_MyCurTradeDate = quoteDate != 0 ? quoteDate : LastWeekdayOnOrBefore(CClockModule::m_SystemDate);
     return listed;
 }

@@ -4,6 +4,7 @@
 //
 //   data/stocks.csv   the stock list (UTF-8 text)
 //   data/quotes.csv   the current quotes and their trading date (UTF-8 text)
+//   data/finance.csv  the financial records (UTF-8 text)
 //   data/<sh|sz>/...  per stock files; see CStock's path operations
 //   data/blocks/...   the blocks; see CGroup
 
@@ -15,8 +16,8 @@
 namespace ny {
 
 // Makes path (a trailing '/' is added if missing) the installation: sets g_MyExePath, reads the
-// stock list into g_MyStocksArray and the quotes into the stocks, sets g_MyCurTradeDate. Drops
-// whatever an earlier installation had loaded. Problems in the files are listed in
+// stock list into g_MyStocksArray, the quotes and financial records into the stocks, sets
+// g_MyCurTradeDate. Drops whatever an earlier installation had loaded. Problems in the files are listed in
 // InstallationProblems(). False if the stock list can't be read; the market is then empty.
 bool OpenInstallation(const std::string& path);
 
@@ -26,13 +27,5 @@ void CloseInstallation();
 // The names of the installation's text files.
 std::string StockListPath();
 std::string QuotesPath();
-
-// The columns that the quotes file may hold, beside the leading "code", with the
-// CStock::GetValue code of each.
-struct QuoteColumn {
-    const char* name;
-    short code;
-};
-const std::vector<QuoteColumn>& QuoteColumns();
 
 }  // namespace ny

@@ -14,6 +14,7 @@
 #include "host/hisday.h"
 #include "host/installation.h"
 #include "host/power.h"
+#include "host/stock_tables.h"
 #include "host/stockdb.h"
 
 namespace ny {
@@ -144,9 +145,11 @@ private:
     void MakeIntraday(Instrument& item, const CHisDay& day, bool keepMinutes);
     std::string OrderFlowRecord(const CHisDay& bar, double reference);
     void MakeIndex(Instrument& index);
-    std::string QuoteLine(const Instrument& item);
+    void MakeFinance(const Instrument& item, CStock* stock) const;
+    void MakeQuote(const Instrument& item, CStock* stock);
     bool WriteAll(std::string* error);
     bool WriteBlocks(std::string* error);
+    bool WriteInfoFiles(std::string* error);
     bool Write(const std::string& relative, const std::string& bytes, std::string* error);
 
     std::string m_dir;
@@ -472,16 +475,43 @@ double BoughtShare(const std::string& record) {
     return bought + sold > 0 ? bought / (bought + sold) : 0.5;
 }
 
-std::string FormatNumber(double value) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.2f", value);
-    return text;
+// The number of orders of a day's order-flow record, bought and sold.
+double OrderCount(const std::string& record) {
+    double count = 0;
+    for (int slot = 0; slot < 8; ++slot) count += LoadFloat(record.data() + 68 + 4 * slot);
+    return count;
+}
+
+// The financial record of a share, consistent with its shares and its last price: earnings at a
+// price-earnings ratio of 8 to 80, net assets at 1 to 6 times the book, the profits, reserves and
+// assets in proportion. Drawn from a generator of its own per stock, so that the other files do
+// not depend on it.
+void Generator::MakeFinance(const Instrument& item, CStock* stock) const {
+    if (item.kind != Kind::Share || item.totalCapital <= 0) return;
+    Rng rng(m_options.seed ^ (static_cast<uint64_t>(item.id) * 0x9E3779B97F4A7C15ULL));
+    const double last = item.days.back().m_fClose, total = item.totalCapital;
+    const double eps = std::max(0.001, std::floor(last / rng.Between(8, 80) * 1000 + 0.5) / 1000);
+    const double perShareAssets = std::max(0.01, Round2(last / rng.Between(1, 6)));
+    const double held = total - item.capital;
+    stock->m_fStateShares = static_cast<float>(std::floor(held * rng.Between(0.3, 0.7)));
+    stock->m_fLegalShares = static_cast<float>(held - stock->m_fStateShares);
+    stock->m_fEPS = static_cast<float>(eps);
+    stock->m_fNetProfit = static_cast<float>(Round2(eps * total));
+    stock->m_fTotalProfit = static_cast<float>(Round2(eps * total / 0.75));
+    stock->m_fMainProfit = static_cast<float>(Round2(stock->m_fTotalProfit * rng.Between(1.0, 1.3)));
+    stock->m_fNetAssetsPerShare = static_cast<float>(perShareAssets);
+    stock->m_fEquity = static_cast<float>(Round2(perShareAssets * total));
+    stock->m_fCapitalReserve = static_cast<float>(Round2(stock->m_fEquity * rng.Between(0.1, 0.4)));
+    stock->m_fReservePerShare = static_cast<float>(std::floor(stock->m_fCapitalReserve / total * 1000 + 0.5) / 1000);
+    stock->m_fUndistributed = static_cast<float>(Round2(stock->m_fEquity * rng.Between(0.1, 0.3)));
+    stock->m_fTotalAssets = static_cast<float>(Round2(stock->m_fEquity * rng.Between(1.5, 4)));
 }
 
 // The quote of the last day, on which every instrument trades: the day bar, bid and ask queues
-// around the last price and the figures derived from them.
-std::string Generator::QuoteLine(const Instrument& item) {
-    CStock quote;
+// around the last price and the figures derived from them; the price-earnings ratio from the
+// financial record, the further value the day's number of orders.
+void Generator::MakeQuote(const Instrument& item, CStock* stock) {
+    CStock& quote = *stock;
     const CHisDay& bar = item.days.back();
     quote.m_fPreClose = item.references.back();
     quote.m_fNew = bar.m_fClose;
@@ -518,14 +548,8 @@ std::string Generator::QuoteLine(const Instrument& item) {
         quote.m_fOrderRatio = static_cast<float>((bids - asks) / (bids + asks) * 100);
         quote.m_fOrderDiff = static_cast<float>(bids - asks);
     }
-    if (item.kind == Kind::Share) quote.m_fPE = static_cast<float>(Round2(m_rng.Between(8, 80)));
-    std::string line = FormatStockCode(item.id);
-    for (const QuoteColumn& column : QuoteColumns()) {
-        line += ',';
-        line += FormatNumber(quote.GetValue(column.code));
-    }
-    line += '\n';
-    return line;
+    if (quote.m_fEPS > 0) quote.m_fPE = static_cast<float>(Round2(bar.m_fClose / quote.m_fEPS));
+    if (!item.orderFlow.empty()) quote.m_fExtra = static_cast<float>(OrderCount(item.orderFlow.back()));
 }
 
 bool Generator::Write(const std::string& relative, const std::string& bytes, std::string* error) {
@@ -539,17 +563,21 @@ bool Generator::WriteAll(std::string* error) {
     std::string list = std::string("# ") + kSampleMarketLabel +
                        "\n# code,name,pinyin initials,kind,circulating shares,total shares (10,000 shares)\n"
                        "code,name,pinyin,kind,capital,total_capital\n";
-    std::string quotes = std::string("# ") + kSampleMarketLabel + "\ndate=" + std::to_string(m_days.back()) + "\ncode";
-    for (const QuoteColumn& column : QuoteColumns()) quotes += std::string(",") + column.name;
-    quotes += "\n";
+    std::vector<CStock> stocks(m_items.size());
+    std::vector<const CStock*> listed;
     bool ok = true;
-    for (const Instrument& item : m_items) {
-        CStock stock;
+    for (size_t i = 0; i < m_items.size(); ++i) {
+        const Instrument& item = m_items[i];
+        CStock& stock = stocks[i];
         stock.m_lStockID = item.id;
+        stock.m_fCapital = item.capital;
+        stock.m_fTotalCapital = item.totalCapital;
+        MakeFinance(item, &stock);
+        MakeQuote(item, &stock);
+        listed.push_back(&stock);
         list += FormatStockCode(item.id) + "," + GbkToUtf8(item.name) + "," + item.pinyin + "," + KindWord(item) +
                 "," + std::to_string(static_cast<long>(item.capital)) + "," +
                 std::to_string(static_cast<long>(item.totalCapital)) + "\n";
-        quotes += QuoteLine(item);
         std::string flow;
         for (const std::string& record : item.orderFlow) flow += record;
         ok = ok && Write(Relative(stock.GetDayFilePath()), EncodeBars(item.days), error) &&
@@ -558,7 +586,10 @@ bool Generator::WriteAll(std::string* error) {
              (item.kind != Kind::Share || (Write(Relative(stock.GetExtDayFilePath()), flow, error) &&
                                            Write(Relative(stock.GetPowerFilePath()), EncodePower(item.power), error)));
     }
-    return ok && Write("data/stocks.csv", list, error) && Write("data/quotes.csv", quotes, error);
+    const std::string label = std::string("# ") + kSampleMarketLabel + "\n";
+    return ok && Write("data/stocks.csv", list, error) &&
+           Write(QuoteTable().file, label + FormatStockTable(QuoteTable(), listed, m_days.back()), error) &&
+           Write(FinanceTable().file, label + FormatStockTable(FinanceTable(), listed, 0), error);
 }
 
 // Blocks of every category: industries and regions from the names, concepts at random, a few
@@ -579,6 +610,52 @@ bool Generator::WriteBlocks(std::string* error) {
         if (CGroup::CreateGroup(key.first, key.second, ids)) continue;
         *error = "can't write " + CGroup::GetGroupFilePath(key.first, key.second);
         return false;
+    }
+    return true;
+}
+
+// The information file of announcements of a share, data/infofile/公告/<m>/<code>.dat: each
+// ex-rights event (dividend per ten shares, the close of the day, bonus shares per ten) and a
+// periodic report on the first trading day from the 28th of April, August and October
+// (earnings per share of the financial record, the close). Lines are date|title|n1|n2|n3|.
+std::string InfoFileText(const Instrument& item, float eps) {
+    std::map<int, std::string> lines;
+    auto add = [&lines](const CHisDay& day, const std::string& title, double first, double third) {
+        char text[160];
+        std::snprintf(text, sizeof(text), "%d|%s|%.2f|%.2f|%.2f|\n", day.m_lTime, title.c_str(), first,
+                      day.m_fClose, third);
+        lines[day.m_lTime] += text;
+    };
+    for (size_t e = 1; e < item.power.size(); ++e) {
+        const CPowerData& event = item.power[e];
+        const auto day = std::lower_bound(item.days.begin(), item.days.end(), event.m_lDate,
+                                          [](const CHisDay& bar, int date) { return bar.m_lTime < date; });
+        if (day != item.days.end()) add(*day, "分红派息", event.m_fProfit, event.m_fGive);
+    }
+    int reported = 0;
+    for (const CHisDay& day : item.days) {
+        const int month = day.m_lTime / 100 % 100, dayOfMonth = day.m_lTime % 100;
+        const bool reportMonth = month == 4 || month == 8 || month == 10;
+        if (!reportMonth || dayOfMonth < 28 || reported == day.m_lTime / 100) continue;
+        reported = day.m_lTime / 100;
+        add(day, "定期报告", eps, 0);
+    }
+    std::string text;
+    for (const auto& entry : lines) text += entry.second;
+    return text;
+}
+
+bool Generator::WriteInfoFiles(std::string* error) {
+    for (const Instrument& item : m_items) {
+        if (item.kind != Kind::Share) continue;
+        CStock finance;
+        MakeFinance(item, &finance);
+        char relative[64];
+        std::snprintf(relative, sizeof(relative), "%s/%06d.dat", MarketOf(item.id) == NY_MARKET_SZ ? "sz" : "sh",
+                      item.id % 1000000);
+        if (!Write(std::string("data/infofile/") + GbkToUtf8("公告") + "/" + relative, InfoFileText(item, finance.m_fEPS),
+                   error))
+            return false;
     }
     return true;
 }
@@ -604,7 +681,7 @@ bool Generator::Run(std::string* error) {
     // Paths of stock files and blocks are made under g_MyExePath: point it here for a while.
     const CString savedPath = g_MyExePath;
     g_MyExePath = m_dir;
-    const bool written = WriteAll(error) && WriteBlocks(error);
+    const bool written = WriteAll(error) && WriteBlocks(error) && WriteInfoFiles(error);
     g_MyExePath = savedPath;
     if (!written) return false;
     std::string readme = std::string(kSampleMarketLabel) +

@@ -66,6 +66,26 @@ auto QuoteSlot(Stock& stock, short code) -> decltype(&stock.m_fOpen) {
     return nullptr;
 }
 
+// The figure of the financial record of an item, const or not; null for an unknown item.
+template <typename Stock>
+auto FinanceSlot(Stock& stock, short item) -> decltype(&stock.m_fEPS) {
+    static const struct {
+        short item;
+        float CStock::*field;
+    } kFields[] = {
+        {NY_FINANCE_TOTAL_SHARES, &CStock::m_fTotalCapital}, {NY_FINANCE_FLOAT_SHARES, &CStock::m_fCapital},
+        {NY_FINANCE_STATE_SHARES, &CStock::m_fStateShares}, {NY_FINANCE_LEGAL_SHARES, &CStock::m_fLegalShares},
+        {NY_FINANCE_TOTAL_ASSETS, &CStock::m_fTotalAssets}, {NY_FINANCE_CAPITAL_RESERVE, &CStock::m_fCapitalReserve},
+        {NY_FINANCE_RESERVE_PER_SHARE, &CStock::m_fReservePerShare}, {NY_FINANCE_EQUITY, &CStock::m_fEquity},
+        {NY_FINANCE_MAIN_PROFIT, &CStock::m_fMainProfit}, {NY_FINANCE_TOTAL_PROFIT, &CStock::m_fTotalProfit},
+        {NY_FINANCE_NET_PROFIT, &CStock::m_fNetProfit}, {NY_FINANCE_UNDISTRIBUTED, &CStock::m_fUndistributed},
+        {NY_FINANCE_EPS, &CStock::m_fEPS}, {NY_FINANCE_NET_ASSETS_PER_SHARE, &CStock::m_fNetAssetsPerShare},
+    };
+    for (const auto& entry : kFields)
+        if (entry.item == item) return &(stock.*entry.field);
+    return nullptr;
+}
+
 const char* MarketFolder(long id) {
     switch (id / 1000000) {
         case NY_MARKET_SH: return "sh";
@@ -110,7 +130,39 @@ BOOL CStock::SetValue(short code, float value) {
     return TRUE;
 }
 
-float CStock::GetFinanceValue(short item) const { return item == 94 ? m_fCapital : 0.0f; }
+float CStock::GetFinanceValue(short item) const {
+    const float* slot = FinanceSlot(*this, item);
+    return slot != nullptr ? *slot : 0.0f;
+}
+
+BOOL CStock::SetFinanceValue(short item, float value) {
+    float* slot = FinanceSlot(*this, item);
+    if (slot == nullptr) return FALSE;
+    *slot = value;
+    return TRUE;
+}
+
+short ny::DynaInfoQuoteCode(int n) {
+    static const struct {
+        short number;
+        short code;
+    } kNumbers[] = {
+        {3, NY_QUOTE_PRECLOSE}, {4, NY_QUOTE_OPEN}, {5, NY_QUOTE_HIGH}, {6, NY_QUOTE_LOW},
+        {7, NY_QUOTE_LAST}, {8, NY_QUOTE_VOLUME}, {9, NY_QUOTE_CUR_VOLUME}, {10, NY_QUOTE_AMOUNT},
+        {11, NY_QUOTE_AVG_PRICE}, {12, NY_QUOTE_CHANGE}, {13, NY_QUOTE_AMPLITUDE},
+        {14, NY_QUOTE_RISE_PERCENT}, {15, NY_QUOTE_ORDER_RATIO}, {16, NY_QUOTE_ORDER_DIFF},
+        {17, NY_QUOTE_VOLUME_RATIO}, {20, NY_QUOTE_BUY_PRICE1}, {21, NY_QUOTE_SELL_PRICE1},
+        {22, NY_QUOTE_INNER}, {23, NY_QUOTE_OUTER}, {25, NY_QUOTE_BUY_VOLUME1},
+        {26, NY_QUOTE_BUY_VOLUME2}, {27, NY_QUOTE_BUY_VOLUME3}, {28, NY_QUOTE_BUY_PRICE1},
+        {29, NY_QUOTE_BUY_PRICE2}, {30, NY_QUOTE_BUY_PRICE3}, {31, NY_QUOTE_SELL_VOLUME1},
+        {32, NY_QUOTE_SELL_VOLUME2}, {33, NY_QUOTE_SELL_VOLUME3}, {34, NY_QUOTE_SELL_PRICE1},
+        {35, NY_QUOTE_SELL_PRICE2}, {36, NY_QUOTE_SELL_PRICE3}, {37, NY_QUOTE_TURNOVER},
+        {39, NY_QUOTE_PE}, {59, NY_QUOTE_EXTRA},
+    };
+    for (const auto& entry : kNumbers)
+        if (entry.number == n) return entry.code;
+    return -1;
+}
 
 CString CStock::GetDayFilePath() const { return ny::StockFilePath(m_lStockID, "day", ".day"); }
 CString CStock::GetMin5FilePath() const { return ny::StockFilePath(m_lStockID, "min5", ".mn5"); }

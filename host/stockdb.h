@@ -36,6 +36,16 @@ enum : short {
     NY_QUOTE_AMPLITUDE = 67, NY_QUOTE_PE = 70, NY_QUOTE_TURNOVER = 71,
 };
 
+// GetFinanceValue items of the financial record. Shares and money are in units of 10,000 (shares
+// or yuan); per-share figures in yuan.
+enum : short {
+    NY_FINANCE_TOTAL_SHARES = 1, NY_FINANCE_STATE_SHARES = 5, NY_FINANCE_LEGAL_SHARES = 6,
+    NY_FINANCE_TOTAL_ASSETS = 10, NY_FINANCE_CAPITAL_RESERVE = 17, NY_FINANCE_RESERVE_PER_SHARE = 18,
+    NY_FINANCE_EQUITY = 19, NY_FINANCE_MAIN_PROFIT = 21, NY_FINANCE_TOTAL_PROFIT = 28,
+    NY_FINANCE_NET_PROFIT = 30, NY_FINANCE_UNDISTRIBUTED = 31, NY_FINANCE_EPS = 33,
+    NY_FINANCE_NET_ASSETS_PER_SHARE = 34, NY_FINANCE_FLOAT_SHARES = 94,
+};
+
 class CStock {
 public:
     int m_lStockID = 0;     // market x 1,000,000 + code
@@ -57,6 +67,11 @@ public:
     float m_fAvgPrice = 0, m_fVolumeRatio = 0, m_fChange = 0, m_fRisePercent = 0;
     float m_fOrderRatio = 0, m_fOrderDiff = 0, m_fAmplitude = 0, m_fTurnover = 0, m_fPE = 0;
 
+    // Financial record beside the shares above (NY_FINANCE_... units).
+    float m_fStateShares = 0, m_fLegalShares = 0, m_fTotalAssets = 0, m_fCapitalReserve = 0;
+    float m_fReservePerShare = 0, m_fEquity = 0, m_fMainProfit = 0, m_fTotalProfit = 0;
+    float m_fNetProfit = 0, m_fUndistributed = 0, m_fEPS = 0, m_fNetAssetsPerShare = 0;
+
     long GetID() const { return m_lStockID; }
 
     BOOL IsHandUnit() const { return (m_dwKind & NY_KIND_HAND_UNIT) != 0; }
@@ -71,9 +86,11 @@ public:
     float GetValue(short code) const;
     // Sets a quote field by its code; FALSE for an unknown code.
     BOOL SetValue(short code, float value);
-    // Figures of the stock's financial record: item 94 is the circulating shares in 10,000
-    // shares; other items are 0.
+    // A figure of the stock's financial record by its item (NY_FINANCE_...): item 94 is the
+    // circulating shares, item 1 the total shares; 0 for an unknown item.
     float GetFinanceValue(short item) const;
+    // Sets a figure of the financial record; FALSE for an unknown item.
+    BOOL SetFinanceValue(short item, float value);
 
     // Stored files of the stock, under g_MyExePath.
     CString GetDayFilePath() const;            // CHisDay records, one a day
@@ -121,6 +138,9 @@ extern CIndex g_MyIndexSH;
 extern CIndex g_MyIndexSZ;
 
 namespace ny {
+// The GetValue code of the quote field that DYNAINFO(n) reads (3 previous close, 7 latest ...),
+// also the sort column of a block ranked by that number; -1 for a number without a field.
+short DynaInfoQuoteCode(int n);
 // The path of a stored file of a stock id: data/<sh|sz|hk>/<folder>/<code><extension>.
 CString StockFilePath(long id, const char* folder, const char* extension);
 // Stock id from the text form "SH600001" / "SZ000001" / "HK000001"; 0 if malformed.

@@ -222,9 +222,19 @@ public:
     char ReadMathFunc2(char* word, float* out, short* from, short* to, char permission, char* isSeries);
     char ReadMathFunc3(char* word, float* out, short* from, short* to, char permission, char* isSeries);
 
-    // Market-detail values of DYNAINFO and FINANCE: write out[0] only.
+    // Market-detail values of DYNAINFO and FINANCE (write out[0] only) and the order-flow series
+    // of MFLOW.
     char ReadDYNAINFO(float* out, short id);
     char ReadFINANCE(float* out, short id);
+    char ReadMFlow(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
+    // Text functions: the statement's text built from literals, numbers, other statements' texts
+    // and the stock's blocks, and the dates of an information file marked on the bars.
+    char ReadSTRCAT(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadCON2STR(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadSTRING(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadINDUSTRY(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadINFOFILE(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
 
     // Logic and statistics: crossings, counts of conditions, distances, run lengths, window
     // statistics, the ordered search of a window and the four-series transform.
@@ -303,6 +313,7 @@ private:
     char ReadFormulaReference(const char* word, float* out, short* from, short* to, char* isSeries);
     char ReadDrawText(short kind, const ny::Operand& cond, const ny::Operand& lastValue,
                       short* from, short* to, CExpression* expr);
+    char AppendTextArgument(CExpression* expr, bool last);
     char ReadTextArgument(const ny::Operand& cond, const ny::Operand& lastValue, short* from,
                           short* to, CExpression* expr);
     void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);

@@ -5,11 +5,15 @@
 
 #include <cctype>
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
+#include "host/encoding.h"
+#include "host/group.h"
 #include "tests/engine/formula_fixture.h"
+#include "tests/host/temp_installation.h"
 
 namespace {
 
@@ -37,13 +41,37 @@ int CodeNamed(const std::string& name) {
     return -1;
 }
 
+// A reading into a statement: "text CODE "T"" checks the code and the statement's text, "draw F:
+// V ..." field F of the draw data from bar 0 on.
+void CheckStatementRow(CIndicator& ind, CExpression& statement, const std::string& text, std::istream& in,
+                       const std::string& head) {
+    statement.m_strDrawText.clear();
+    std::fill(statement.m_pDrawData, statement.m_pDrawData + 4 * statement.m_nAllocBars, 0.0f);
+    ind.m_nNextInfoID = 1;
+    const nytest::Reading r = nytest::ReadValue(ind, text, &statement);
+    std::string code, expected;
+    if (head == "text" && in >> code && std::getline(in, expected)) {
+        EXPECT_EQ(r.code, CodeNamed(code));
+        EXPECT_EQ("\"" + statement.m_strDrawText + "\"", expected.substr(expected.find('"')));
+        return;
+    }
+    ASSERT_EQ(r.code, NY_EVAL_OK);
+    int field = 0;
+    in >> field;
+    in.ignore(1);  // the ":"
+    const Values values = Numbers(in);
+    for (size_t i = 0; i < values.size() && i < static_cast<size_t>(statement.m_nAllocBars); ++i)
+        EXPECT_EQ(statement.m_pDrawData[4 * i + field], values[i]) << "bar " << i;
+}
+
 // Checks one reading against its result (see the head of readings.txt for the forms).
-void CheckRow(CIndicator& ind, const std::string& text, const std::string& result) {
-    const nytest::Reading r =
-        text[0] == '?' ? nytest::ReadCondition(ind, text.substr(1)) : nytest::ReadValue(ind, text);
+void CheckRow(CIndicator& ind, CExpression& statement, const std::string& text, const std::string& result) {
     std::istringstream in(result);
     std::string head;
     in >> head;
+    if (head == "text" || head == "draw") return CheckStatementRow(ind, statement, text, in, head);
+    const nytest::Reading r =
+        text[0] == '?' ? nytest::ReadCondition(ind, text.substr(1)) : nytest::ReadValue(ind, text);
     const bool constant = head == "=", series = head[0] == '@' || std::isdigit(head[0]);
     if (!constant && !series && head != "empty") {
         EXPECT_EQ(r.code, CodeNamed(head));
@@ -81,6 +109,8 @@ int CheckTable(const std::string& name) {
     std::ifstream file(NY_SOURCE_DIR "/tests/engine/" + name);
     EXPECT_TRUE(file) << name;
     std::unique_ptr<CIndicator> ind;
+    std::unique_ptr<TempInstallation> home;
+    CExpression statement;
     std::vector<CHisDay> bars;
     int number = 0, rows = 0;
     for (std::string line; std::getline(file, line);) {
@@ -92,7 +122,8 @@ int CheckTable(const std::string& name) {
                 ADD_FAILURE() << "a row before the first bars";
                 continue;
             }
-            CheckRow(*ind, line.substr(0, arrow), line.substr(arrow + 4));
+            const std::string gbk = ny::Utf8ToGbk(line);
+            CheckRow(*ind, statement, gbk.substr(0, gbk.find(" -> ")), gbk.substr(gbk.find(" -> ") + 4));
             ++rows;
             continue;
         }
@@ -104,6 +135,37 @@ int CheckTable(const std::string& name) {
             bars = nytest::MakeBars(Numbers(in));
             nytest::AttachBars(*ind, bars);
             ind->Context().m_nCurSpan = static_cast<short>(bars.size());
+            statement.AllocMem(static_cast<short>(bars.size()));
+        } else if (word == "home") {
+            home = std::make_unique<TempInstallation>();
+        } else if (std::string path, text; word == "file" && in >> path) {
+            std::getline(in, text);
+            for (auto [from, to] : {std::pair<const char*, char>{"\\n", '\n'}, {"\\r", '\r'}})
+                for (size_t at; (at = text.find(from)) != std::string::npos;) text.replace(at, 2, 1, to);
+            home->Write(path, text.substr(std::min<size_t>(1, text.size())));
+        } else if (word == "flow" && in >> path) {
+            std::string records;  // word k of the i-th record holds k + 100 i
+            for (int date, serial = 0; in >> date; ++serial) {
+                float words[65] = {};
+                for (int k = 1; k <= 24; ++k) words[k] = static_cast<float>(k + 100 * serial);
+                std::memcpy(words, &date, 4);
+                records.append(reinterpret_cast<const char*>(words), sizeof(words));
+            }
+            home->Write(path, records);
+        } else if (std::string category; word == "block" && in >> category >> name) {
+            std::vector<int> ids;
+            for (int id; in >> id;) ids.push_back(id);
+            EXPECT_TRUE(CGroup::CreateGroup(ny::Utf8ToGbk(category), ny::Utf8ToGbk(name), ids));
+        } else if (int computed; word == "statement" && in >> name >> computed) {
+            nytest::AddSeries(*ind, name, Values(bars.size()), 0, static_cast<short>(bars.size()));
+            ind->m_arExpressions.back()->m_cComputed = static_cast<char>(computed);
+            in >> ind->m_arExpressions.back()->m_strDrawText;
+        } else if (word == "open") {
+            EXPECT_TRUE(ny::OpenInstallation(home->Path()));
+        } else if (word == "stock") {
+            in >> ind->m_lStockID;
+        } else if (word == "name" && in >> name) {
+            ind->m_strName = name;
         } else if (word == "period" && in >> name) {
             ind->m_nPeriod = PeriodNamed(name);
         } else if (word == "stamps") {
@@ -123,6 +185,7 @@ int CheckTable(const std::string& name) {
 
 TEST(Readings, OfTheTable) { EXPECT_GT(CheckTable("readings.txt"), 450); }
 TEST(Readings, OfTheTurningPoints) { EXPECT_GT(CheckTable("turning_points.txt"), 30); }
+TEST(Readings, OfTheMarketDetail) { EXPECT_GT(CheckTable("market_detail.txt"), 80); }
 
 // A reader called with the cursor on text behind the function's name, with the statement's ";"
 // before the call's ")" or with series refused by the caller.

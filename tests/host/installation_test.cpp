@@ -65,7 +65,8 @@ TEST_F(InstallationTest, ReadsTheStockListAndSkipsBadLines) {
     EXPECT_EQ(stock->m_dwKind, NY_KIND_SH_A);
     EXPECT_FLOAT_EQ(stock->m_fCapital, 5000);
     EXPECT_FLOAT_EQ(stock->GetFinanceValue(94), 5000);
-    EXPECT_FLOAT_EQ(stock->GetFinanceValue(1), 0);
+    EXPECT_FLOAT_EQ(stock->GetFinanceValue(1), 8000);  // the total shares
+    EXPECT_FLOAT_EQ(stock->GetFinanceValue(2), 0);     // no such item
     EXPECT_FLOAT_EQ(stock->m_fTotalCapital, 8000);
 
     const CStock* shenzhen = g_MyGetStock(1000002);
