@@ -4,6 +4,7 @@
 // statement narrows it for all that follow.
 
 #include <cstring>
+#include <utility>
 
 #include "engine/eval_code.h"
 #include "engine/eval_context.h"
@@ -29,10 +30,11 @@ void PrepareLine(const CString& text, char* line) {
 }  // namespace
 
 int CIndicator::Calc(short from, short to) {
+    ny::EvalContext& context = Context();
+    const bool buffersZeroed = std::exchange(context.buffersZeroed, false);
     if (m_nBarCount < 0 || m_pHisDay == nullptr) return 0;
     m_nNextInfoID = 1;
     m_arInfoRecords.clear();
-    ny::EvalContext& context = Context();
     context.m_nCurFrom = m_nDrawStart;
     context.m_nCurTo = m_nDrawEnd;
     context.m_nCurSpan = static_cast<short>(context.m_nCurTo - context.m_nCurFrom);
@@ -45,7 +47,7 @@ int CIndicator::Calc(short from, short to) {
     for (size_t i = 0; i < m_arExpressions.size(); ++i) {
         CExpression* expr = m_arExpressions[i];
         context.plan = m_pPlan->Enter(i, line);
-        EvaluateStatement(*expr, line, result.floats(), &from, &to);
+        EvaluateStatement(*expr, line, result.floats(), &from, &to, buffersZeroed);
         context.plan = {};
         if (expr->m_cComputed == 1 && expr->m_nType > 0 && expr->m_nType < 25) {
             expr->m_nHasDraw = 1;
@@ -55,9 +57,11 @@ int CIndicator::Calc(short from, short to) {
     return 1;
 }
 
+// `buffersZeroed` tells that the statement's buffers are zero already: a statement's buffers are
+// written only by its own evaluation, so this holds up to it in the run.
 void CIndicator::EvaluateStatement(CExpression& expr, char* line, float* result, short* from,
-                                   short* to) {
-    if (expr.m_pDrawData != nullptr && expr.m_nAllocBars > 0)
+                                   short* to, bool buffersZeroed) {
+    if (expr.m_pDrawData != nullptr && expr.m_nAllocBars > 0 && !buffersZeroed)
         std::memset(expr.m_pDrawData, 0, sizeof(float) * 4 * expr.m_nAllocBars);
     expr.m_strDrawText.clear();
     PrepareLine(expr.m_strText, line);
@@ -65,7 +69,7 @@ void CIndicator::EvaluateStatement(CExpression& expr, char* line, float* result,
 
     const short bars = std::min(m_nBarCount, expr.m_nAllocBars);
     std::memset(result, 0, sizeof(float) * std::max<short>(m_nBarCount, 1));
-    if (bars > 0) std::memset(expr.m_pData, 0, sizeof(float) * bars);
+    if (bars > 0 && !buffersZeroed) std::memset(expr.m_pData, 0, sizeof(float) * bars);
 
     char flag = 1;
     expr.m_cFailCode = static_cast<unsigned char>(ReadLine(line, result, from, to, &flag, &expr, true));

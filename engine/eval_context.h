@@ -29,6 +29,9 @@ struct EvalContext {
     short m_nCurSpan = 0;
     SeriesPool pool;
     PlanPlace plan;  // the planned statement being read, if any
+    // Set by the caller when every statement's buffers are zero and untouched since, as
+    // Renew leaves them: the next Calc then does not zero them again. Calc clears it.
+    bool buffersZeroed = false;
     char line[kLineBytes] = {};
 };
 

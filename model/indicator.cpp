@@ -55,15 +55,29 @@ void CExpression::AllocMem(short bars) {
 }
 
 void CExpression::Change() {
+    ForgetResult();
+    if (m_nAllocBars > 0) {
+        if (m_pData != nullptr) std::memset(m_pData, 0, sizeof(float) * m_nAllocBars);
+        if (m_pDrawData != nullptr) std::memset(m_pDrawData, 0, sizeof(float) * m_nAllocBars * 4);
+    }
+}
+
+void CExpression::ForgetResult() {
     m_nFirst = 30000;
     m_nEnd = 0;
     m_cIsSeries = 0;
     m_cComputed = 0;
     m_cFailCode = 0;
-    if (m_nAllocBars > 0) {
-        if (m_pData != nullptr) std::memset(m_pData, 0, sizeof(float) * m_nAllocBars);
-        if (m_pDrawData != nullptr) std::memset(m_pDrawData, 0, sizeof(float) * m_nAllocBars * 4);
-    }
+}
+
+// Kept at the same size, AllocMem zeroes both buffers itself; grown, it copies the old values,
+// which Change must have zeroed first.
+void CExpression::Renew(short bars) {
+    if (bars == m_nAllocBars)
+        ForgetResult();
+    else
+        Change();
+    AllocMem(bars);
 }
 
 void CExpression::ResetPoints(short barCount) {
@@ -112,6 +126,11 @@ const CIndicator& CIndicator::operator=(const CIndicator& other) {
 void CIndicator::AllocMem(short bars) {
     m_nAllocBars = bars;
     for (CExpression* expr : m_arExpressions) expr->AllocMem(bars);
+}
+
+void CIndicator::Renew(short bars) {
+    m_nAllocBars = bars;
+    for (CExpression* expr : m_arExpressions) expr->Renew(bars);
 }
 
 void CIndicator::Change() {

@@ -116,11 +116,17 @@ public:
 
     void AllocMem(short bars);
     void Change();
+    // Change and then AllocMem(bars), each buffer zeroed once instead of twice.
+    void Renew(short bars);
     // Frees the per-bar chart area and makes a fresh one, 12 bytes per bar, first 8 per bar zeroed.
     void ResetPoints(short barCount);
 
     void Save(CBinStream& stream) const;
     void Load(CBinStream& stream);
+
+private:
+    // Resets the result fields to "nothing computed", leaving the buffers as they are.
+    void ForgetResult();
 };
 
 class CIndicator {
@@ -169,6 +175,8 @@ public:
 
     void AllocMem(short bars);
     void Change();
+    // Change and then AllocMem(bars) for every statement, each buffer zeroed once.
+    void Renew(short bars);
     int Calc(short from, short to);
     void DeleteParam();
     void DeleteAxeValue();
@@ -316,5 +324,6 @@ private:
     char AppendTextArgument(CExpression* expr, bool last);
     char ReadTextArgument(const ny::Operand& cond, const ny::Operand& lastValue, short* from,
                           short* to, CExpression* expr);
-    void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to);
+    void EvaluateStatement(CExpression& expr, char* line, float* result, short* from, short* to,
+                           bool buffersZeroed);
 };

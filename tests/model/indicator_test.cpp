@@ -45,6 +45,22 @@ TEST(Expression, ChangeClearsTheResultAndAllocMemKeepsValuesOnlyWhenGrowing) {
     EXPECT_EQ(e.m_pDrawData, nullptr);
 }
 
+// Renew is Change then AllocMem: whatever the old size, the result is forgotten and every value
+// of both buffers is zero, none of the old values carried over as a grown AllocMem alone would.
+TEST(Expression, RenewForgetsTheResultAndZeroesBothBuffersAtAnySize) {
+    for (const auto& [before, after] : {std::pair<short, short>{4, 4}, {4, 6}, {6, 4}}) {
+        CExpression e;
+        e.AllocMem(before);
+        for (short i = 0; i < before; ++i) e.m_pData[i] = 5.0f, e.m_pDrawData[4 * i + 3] = 6.0f;
+        e.m_nFirst = 1, e.m_nEnd = 3, e.m_cComputed = 1, e.m_cIsSeries = 1;
+        e.Renew(after);
+        EXPECT_EQ(std::tuple(e.m_nAllocBars, e.m_nFirst, e.m_nEnd, e.m_cComputed, e.m_cIsSeries),
+                  std::tuple(after, 30000, 0, 0, 0)) << before << " to " << after;
+        for (short i = 0; i < after; ++i)
+            EXPECT_EQ(std::tuple(e.m_pData[i], e.m_pDrawData[4 * i + 3]), std::tuple(0.0f, 0.0f)) << i;
+    }
+}
+
 TEST(Expression, AssignmentCopiesTheDefinitionOnly) {
     CExpression a;
     a.m_strName = "MA5", a.m_strText = "MA(CLOSE,5)", a.m_nType = 1, a.m_lColor = 255, a.m_nWidth = 2;
