@@ -2,12 +2,19 @@
 # Builds what nyind needs (the tool, the sample market, the system formula set) and runs it.
 #   bash run.sh                      MACD of a sample stock as numbers and as a chart
 #                                    (build/chart-demo.png), and a pick over the sample market
+#   bash run.sh studio [--light]     the desktop program nystudio on the same installation
 #   bash run.sh ARGUMENTS...         nyind with your own arguments, e.g. bash run.sh funcs MA
 set -euo pipefail
 cd "$(dirname "$0")"
 bash tools/install-deps.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build -j "$(nproc 2>/dev/null || echo 2)" --target nyind sample_market formula_set >/dev/null
+jobs="$(nproc 2>/dev/null || echo 2)"
+if [ "${1:-}" = studio ]; then
+  shift
+  cmake --build build -j "$jobs" --target nystudio >/dev/null
+  exec build/studio/nystudio "$@"
+fi
+cmake --build build -j "$jobs" --target nyind sample_market formula_set >/dev/null
 nyind=build/cli/nyind
 if [ $# -gt 0 ]; then
   exec "$nyind" "$@"

@@ -144,8 +144,10 @@ void CFormulaDialog::CreateControls() {
     // The editor fills the frame below the fields: 2 pixels in at the sides and the bottom, 8 at the top.
     const ny::Rect frame{8, 200, 632, 472};
     m_pEditorWindow = &wnd.AddChildWindow(IDC_EDITOR, {frame.left + 2, frame.top + 8, frame.right - 2, frame.bottom - 2});
-    ny::EditorPlatform platform;
-    platform.window = m_pEditorWindow;
+    // A window on a display lends the editor its caret, clipboard, menu, line list and tip.
+    ny::Window& editor = *m_pEditorWindow;
+    const ny::EditorPlatform platform{&editor, editor.GetCaret(), editor.GetClipboard(), editor.GetPopupMenu(),
+                                      editor.GetListBox(), editor.GetTipWindow()};
     m_pEdit = std::make_unique<ColorEditWnd>(platform, this, IDC_EDITOR, 4, 100, "Fixedsys", true);
 }
 

@@ -18,9 +18,13 @@ ColorEditWnd::ColorEditWnd(const ny::EditorPlatform& platform, ny::EditorOwner* 
     : m_nControlId(id), m_pDialog(dialog), m_bHorizontalBar(horizontalBar), m_platform(platform) {
     Create(id, tabWidth);
     Reset();
+    if (m_platform.window != nullptr) m_platform.window->SetClient(this);
 }
 
-ColorEditWnd::~ColorEditWnd() { CloseLexical(); }
+ColorEditWnd::~ColorEditWnd() {
+    if (m_platform.window != nullptr) m_platform.window->SetClient(nullptr);
+    CloseLexical();
+}
 
 void ColorEditWnd::Create(int id, int tabWidth) {
     m_nControlId = id;

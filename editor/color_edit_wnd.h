@@ -42,7 +42,7 @@ enum : unsigned {
 // from column 0 that steps 1 over a byte below 129 and 2 over any other.
 bool IsCharStart(const char* bytes, int length, int x);
 
-class ColorEditWnd : public ny::InputTarget {
+class ColorEditWnd : public ny::WindowClient {
 public:
     // An editor without a window: text model, word classes and syntax test.
     ColorEditWnd();
@@ -167,17 +167,19 @@ public:
     void OnKeyDown(unsigned key, ny::Modifiers modifiers) override;
     void OnChar(unsigned char byte, ny::Modifiers modifiers) override;
     void OnMouse(ny::MouseAction action, ny::Point at, ny::Modifiers modifiers, int wheelNotches) override;
-    void OnSetFocus();
-    void OnKillFocus();
+    void OnSetFocus() override;
+    void OnKillFocus() override;
     // The window's client area changed size.
-    void OnSize();
+    void OnSize() override;
     // A scroll-bar event; thumb is the position of a thumb event.
-    void OnScroll(ny::ScrollBarKind bar, ny::ScrollCode code, int thumb);
+    void OnScroll(ny::ScrollBarKind bar, ny::ScrollCode code, int thumb) override;
     // The window was first shown: take the cell size from the font.
-    void OnFirstShow();
+    void OnFirstShow() override;
+    void OnListKey(unsigned key, ny::Modifiers modifiers) override { OnRefListKey(key, modifiers); }
+    void OnListDoubleClick() override { OnRefListDoubleClick(); }
 
     // ---- Painting. ----
-    void OnPaint();
+    void OnPaint() override;
     void DrawSingleLineColorText(ny::PaintSurface& surface, const CString& text, ny::Rect rect, int line, int y);
     void DrawColorText(ny::PaintSurface& surface, ny::Rect& rect, const CString& text, unsigned long colour,
                        int line, int y);

@@ -72,6 +72,7 @@ public:
     void ShiftPicture(int dx, int dy) override { m_shifts.push_back({dx, dy}); }
     PaintSurface& BeginPaint() override;
     void NotifyParent(unsigned code, int controlId) override;
+    void SetClient(WindowClient* client) override { m_pClient = client; }
 
     Size m_client;
     Point m_screenOrigin;
@@ -83,6 +84,7 @@ public:
     std::vector<Point> m_shifts;
     // Each notification as the parent receives it: code << 16 | control id.
     std::vector<unsigned> m_notifications;
+    WindowClient* m_pClient = nullptr;
     HeadlessSurface m_surface;
     // When set, paints go to this surface (an image, say) instead of m_surface.
     PaintSurface* m_pPaintTarget = nullptr;

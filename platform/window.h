@@ -2,10 +2,18 @@
 // The window services of a control that paints itself: client size, repaint requests, focus,
 // mouse capture, scroll bars, screen coordinates, the off-screen surface of a paint, and the
 // command message to the parent. The control holds a reference; the window outlives it.
-// Everything runs on the window's thread.
+// A window on a real display reports its events to the control it is attached to (SetClient) and
+// may lend it the services of a text control (caret, clipboard, menu, list, tip); a window
+// without them answers null. Everything runs on the window's thread.
 
+#include "platform/caret.h"
+#include "platform/clipboard.h"
 #include "platform/geometry.h"
+#include "platform/input_events.h"
+#include "platform/list_box.h"
 #include "platform/paint_surface.h"
+#include "platform/popup_menu.h"
+#include "platform/tip_window.h"
 
 namespace ny {
 
@@ -21,6 +29,22 @@ struct ScrollBarState {
     int page = 0;
     int pos = 0;
     bool operator==(const ScrollBarState&) const = default;
+};
+
+// What a window reports to the control that paints itself in it.
+class WindowClient : public InputTarget {
+public:
+    virtual void OnPaint() = 0;
+    // The window was first shown: the control takes its cell size from the font.
+    virtual void OnFirstShow() = 0;
+    virtual void OnSize() = 0;
+    virtual void OnSetFocus() = 0;
+    virtual void OnKillFocus() = 0;
+    // A scroll-bar event; thumb is the position of a thumb event.
+    virtual void OnScroll(ScrollBarKind bar, ScrollCode code, int thumb) = 0;
+    // A key pressed, or an entry double-clicked, in the window's list (GetListBox).
+    virtual void OnListKey(unsigned key, Modifiers modifiers) = 0;
+    virtual void OnListDoubleClick() = 0;
 };
 
 class Window {
@@ -47,6 +71,15 @@ public:
     virtual PaintSurface& BeginPaint() = 0;
     // Sends the parent a command message: code in the high word, control id in the low word.
     virtual void NotifyParent(unsigned code, int controlId) = 0;
+
+    // Attaches the control that receives the window's events; null detaches it.
+    virtual void SetClient(WindowClient* client) = 0;
+    // The services of a text control in this window, owned by the window; null where it has none.
+    virtual Caret* GetCaret() { return nullptr; }
+    virtual Clipboard* GetClipboard() { return nullptr; }
+    virtual PopupMenu* GetPopupMenu() { return nullptr; }
+    virtual ListBox* GetListBox() { return nullptr; }
+    virtual TipWindow* GetTipWindow() { return nullptr; }
 };
 
 }  // namespace ny

@@ -16,6 +16,8 @@ command -v pkg-config >/dev/null 2>&1 || need+=(pkg-config)
 [ -f /usr/include/cairo/cairo.h ] || need+=(libcairo2-dev)
 # grep reads the whole list: with -q it would stop early, and the pipe's broken write would count
 # as a missing font under pipefail.
+# The desktop program: Qt 6 Widgets (its offscreen platform plugin ships with it).
+dpkg -s qt6-base-dev >/dev/null 2>&1 || need+=(qt6-base-dev)
 fc-list 2>/dev/null | grep 'Noto Sans Mono CJK SC' >/dev/null || need+=(fonts-noto-cjk)
 # The fuzz targets (fuzz/run.sh sets NY_FUZZ=1): clang and libFuzzer, only when fuzzing is asked for.
 if [ "${NY_FUZZ:-0}" = 1 ]; then
