@@ -11,8 +11,6 @@ TEST(CatalogLookup, RowsByIndex) {
     CFunctionManager& catalog = LoadedCatalog();
     EXPECT_EQ(catalog.GetFun(-1), nullptr);
     EXPECT_EQ(catalog.GetFun(catalog.GetCount()), nullptr);
-    EXPECT_STREQ(NameOf(catalog.GetFun(0)), "HIGH");
-    EXPECT_STREQ(NameOf(catalog.GetFun(268)), "PXDN");
 
     CFunctionManager empty;
     EXPECT_EQ(empty.GetCount(), 0);
@@ -67,39 +65,6 @@ TEST(CatalogLookup, KeysAndTheRowsTheyFind) {
     }
     EXPECT_EQ(catalog.FindFun(nullptr, 0), nullptr);
     EXPECT_EQ(catalog.FindFun("LINETHICK", 1)->m_cAttrKind, NY_ATTR_WIDTH);
-}
-
-struct StyleRow {
-    const char* word;
-    int attrKind;
-    int value;
-};
-
-constexpr StyleRow kStyleRows[] = {
-    {"COLORBACK", 1, 0x000000},      {"COLORBLUE", 1, 0xFF0000},   {"COLORGREEN", 1, 0x00FF00},
-    {"COLORCYAN", 1, 0xFFFF00},      {"COLORRED", 1, 0x0000FF},    {"COLORMAGENTA", 1, 0x000080},
-    {"COLORBROWN", 1, 0x000000},     {"COLORLIGRAY", 1, 0x808080}, {"COLORGRAY", 1, 0xC0C0C0},
-    {"COLORLIBLUE", 1, 0x800000},    {"COLORLIGREEN", 1, 0x800000}, {"COLORLICYAN", 1, 0x808000},
-    {"COLORLIRED", 1, 0x000040},     {"COLORLIMAGENTA", 1, 0x00005C}, {"COLORYELLOW", 1, 0x00FFFF},
-    {"COLORWHITE", 1, 0xFFFFFF},     {"COLORBLACK", 1, 0x000000},  {"LINETHICK", 2, 2},
-    {"STICK", 3, 4},                 {"COLORSTICK", 3, 3},         {"VOLSTICK", 3, 2},
-    {"COLORBAR", 3, 11},             {"LINESTICK", 3, 9},          {"CROSSDOT", 3, 7},
-    {"CIRCLEDOT", 3, 6},             {"POINTDOT", 3, 8},           {"DOTLINE", 3, 13},
-    {"NODRAW", 3, 32},               {"PXDN", 1, 0x0000FF},
-};
-
-TEST(CatalogLookup, StyleKeywordsInOrderWithTheirValues) {
-    CFunctionManager& catalog = LoadedCatalog();
-    const int first = catalog.GetCount() - 29;
-    int i = first;
-    for (const StyleRow& style : kStyleRows) {
-        const FUN_ITEM* item = catalog.GetFun(i++);
-        ASSERT_NE(item, nullptr);
-        EXPECT_EQ(item->m_strName, style.word);
-        EXPECT_EQ(item->m_cAttrKind, style.attrKind) << style.word;
-        EXPECT_EQ(item->m_lValue, style.value) << style.word;
-    }
-    EXPECT_EQ(i, catalog.GetCount());
 }
 
 TEST(CatalogLookup, StyleConstantsAgreeWithTheKeywordRows) {

@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tests/catalog/loaded_catalog.h"
 
@@ -120,23 +121,17 @@ TEST(CatalogTable, RowsOfNote) {
     EXPECT_TEXT(Row("HIGH").m_strShort, "\xD7\xEE\xB8\xDF\xBC\xDB");
 }
 
-void ExpectOrder(const char* word, std::initializer_list<int> leading) {
-    SCOPED_TRACE(word);
-    const FUN_ITEM& item = Row(word);
-    int a = 0;
-    for (int rank : leading) EXPECT_EQ(item.m_nArgOrder[a++], rank);
-    EXPECT_EQ(a, item.m_cArgCount);
-}
-
+// The argument orders that are not the plain order 0, 1, 2, ...
 TEST(CatalogTable, ArgumentOrdersOutOfThePlainOrder) {
-    for (const char* word : {"HHV", "HHVBARS", "LLV", "LLVBARS", "REF", "REFDATE", "EXIST", "EVERY"})
-        ExpectOrder(word, {1, 0});
-    ExpectOrder("NDAY", {2, 1, 0});
-    ExpectOrder("LAST", {2, 0, 1});
-    ExpectOrder("IFN", {0, 2, 1});
-    ExpectOrder("IF", {0, 1, 2});
-    ExpectOrder("SMA", {0, 1, 2});
-    ExpectOrder("DRAWGBK", {0, 1, 2, 3, 4, 5});
+    const std::pair<const char*, std::vector<int>> rows[] = {
+        {"HHV", {1, 0}},  {"HHVBARS", {1, 0}}, {"LLV", {1, 0}},      {"LLVBARS", {1, 0}},    {"REF", {1, 0}},
+        {"REFDATE", {1, 0}}, {"EXIST", {1, 0}}, {"EVERY", {1, 0}},   {"NDAY", {2, 1, 0}},    {"LAST", {2, 0, 1}},
+        {"IFN", {0, 2, 1}}, {"IF", {0, 1, 2}}, {"SMA", {0, 1, 2}}, {"DRAWGBK", {0, 1, 2, 3, 4, 5}},
+    };
+    for (const auto& [word, order] : rows) {
+        const FUN_ITEM& item = Row(word);
+        EXPECT_EQ(std::vector<int>(item.m_nArgOrder, item.m_nArgOrder + item.m_cArgCount), order) << word;
+    }
 }
 
 TEST(CatalogTable, FinanceFundFlowAndDynamicRowsCarryTheirArgument) {

@@ -31,14 +31,9 @@ constexpr Candle kCandles[] = {{10, 12}, {12, 10.5f}, {10.5f, 11}, {11, 13}, {13
 std::vector<CHisDay> Bars() {
     std::vector<CHisDay> bars;
     for (const Candle& c : kCandles) {
-        CHisDay bar;
-        bar.m_lTime = 20240102 + static_cast<int>(bars.size());
-        bar.m_fOpen = c.open;
-        bar.m_fClose = c.close;
-        bar.m_fHigh = std::max(c.open, c.close) + 0.5f;
-        bar.m_fLow = std::min(c.open, c.close) - 0.5f;
-        bar.m_fVolume = 1000;
-        bars.push_back(bar);
+        bars.push_back({.m_lTime = 20240102 + static_cast<int>(bars.size()), .m_fOpen = c.open,
+                        .m_fHigh = std::max(c.open, c.close) + 0.5f, .m_fLow = std::min(c.open, c.close) - 0.5f,
+                        .m_fClose = c.close, .m_fVolume = 1000});
     }
     return bars;
 }

@@ -64,15 +64,6 @@ inline void RunTested(const SYNTestResult& result, const std::vector<CParam>& pa
     ny::EvaluateOver(formula, formula.m_lStockID, bars.data(), static_cast<short>(bars.size()));
 }
 
-inline CParam MakeParam(const std::string& name, short min, short max, short value) {
-    CParam param;
-    param.m_strName = name;
-    param.m_nMin = min;
-    param.m_nMax = max;
-    param.m_nDefault = value;
-    return param;
-}
-
 }  // namespace nytest
 
 // Compares GBK texts byte for byte and shows them readable when they differ.

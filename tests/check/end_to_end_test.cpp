@@ -92,36 +92,6 @@ TEST_F(EndToEnd, StatementTextsReachTheEvaluatorInUpperCaseWithTheirLineBreaks) 
     EXPECT_EQ(Statement("B").m_pData[1], 19.75f);
 }
 
-TEST_F(EndToEnd, MovingAverages) {
-    Run("{均线}\r\nma5:ma(close,5),colorwhite;\r\nma10 : ma(c,10),coloryellow,linethick2;",
-        nytest::MakeBars({10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21}));
-    const CExpression& ma5 = Statement("MA5");
-    ASSERT_EQ(ma5.m_cComputed, 1);
-    EXPECT_EQ(ma5.m_nFirst, 4);
-    EXPECT_EQ(ma5.m_pData[4], 12);
-    EXPECT_EQ(ma5.m_pData[11], 19);
-    const CExpression& ma10 = Statement("MA10");
-    EXPECT_EQ(ma10.m_nWidth, 2);
-    EXPECT_EQ(ma10.m_lColor, 0x00FFFF);
-    EXPECT_EQ(ma10.m_pData[9], 14.5f);
-    EXPECT_EQ(ma10.m_pData[11], 16.5f);
-}
-
-TEST_F(EndToEnd, KdjOnASteadyRise) {
-    // Closes 1 to 30: over 9 bars the close stands 9 above the lowest low of a range of 10, so RSV
-    // is 90 from bar 8 on, and its smoothings stay there.
-    const std::vector<CParam> params = {nytest::MakeParam("N", 1, 100, 9),
-                                        nytest::MakeParam("M1", 2, 40, 3),
-                                        nytest::MakeParam("M2", 2, 40, 3)};
-    Run("rsv:=(close-llv(low,n))/(hhv(high,n)-llv(low,n))*100;\r\n"
-        "k:sma(rsv,m1,1);\r\nd:sma(k,m2,1);\r\nj:3*k-2*d;",
-        nytest::RisingBars(30), params);
-    const CExpression& j = Statement("J");
-    ASSERT_EQ(j.m_cComputed, 1);
-    EXPECT_EQ(Statement("RSV").m_nFirst, 8);
-    for (const char* line : {"RSV", "K", "D", "J"}) EXPECT_NEAR(Statement(line).m_pData[20], 90, 1e-3) << line;
-}
-
 TEST_F(EndToEnd, VolumeAndConditions) {
     const CIndicator& result =
         Run("vol,volstick;\r\nmavol5:ma(vol,5),nodraw;\r\n"

@@ -38,39 +38,39 @@ TEST_F(CheckTest, FunctionParameterAndIdentifierNames) {
     EXPECT_FALSE(editor.IsIdentifyName("dif"));
 }
 
+// A word, whether it names a library formula, and the kind, indicator and line it is cut into.
 TEST_F(CheckTest, IndicatorNamesAreCutAtTheLastFullStop) {
     nytest::LibraryMacd macd;
-    char kind = 0;
-    CString indicator, line;
-    EXPECT_NE(editor.IsIndicatorName("macd.dif", kind, indicator, line), nullptr);
-    EXPECT_EQ(kind, 1);
-    EXPECT_EQ(indicator, "MACD");
-    EXPECT_EQ(line, "DIF");
-    // Any line name passes as long as the indicator exists.
-    EXPECT_NE(editor.IsIndicatorName("MACD.NOLINE", kind, indicator, line), nullptr);
-    EXPECT_EQ(line, "NOLINE");
-    EXPECT_EQ(editor.IsIndicatorName("X.MACD.DIF", kind, indicator, line), nullptr);
-    EXPECT_EQ(indicator, "X.MACD");
-
-    EXPECT_EQ(editor.IsIndicatorName("MACD.", kind, indicator, line), nullptr);
-    EXPECT_EQ(kind, 2);
-    EXPECT_EQ(indicator, "MACD");
-
-    EXPECT_NE(editor.IsIndicatorName("MACD", kind, indicator, line), nullptr);
-    EXPECT_EQ(kind, 2);
-    EXPECT_EQ(editor.IsIndicatorName("macd", kind, indicator, line), nullptr);
-    EXPECT_EQ(indicator, "macd");
-    // A word whose only full stop is its first byte is looked up whole.
-    EXPECT_EQ(editor.IsIndicatorName(".MACD", kind, indicator, line), nullptr);
-    EXPECT_EQ(indicator, ".MACD");
+    const struct {
+        const char* word;
+        bool found;
+        char kind;
+        const char* indicator;
+        const char* line;
+    } rows[] = {
+        {"macd.dif", true, 1, "MACD", "DIF"},
+        {"MACD.NOLINE", true, 1, "MACD", "NOLINE"},  // any line name passes while the indicator exists
+        {"X.MACD.DIF", false, 1, "X.MACD", "DIF"},
+        {"MACD.", false, 2, "MACD", nullptr},
+        {"MACD", true, 2, "MACD", nullptr},
+        {"macd", false, 2, "macd", nullptr},
+        {".MACD", false, 2, ".MACD", nullptr},  // a full stop as the first byte: looked up whole
+    };
+    for (const auto& row : rows) {
+        char kind = 0;
+        CString indicator, line;
+        EXPECT_EQ(editor.IsIndicatorName(row.word, kind, indicator, line) != nullptr, row.found) << row.word;
+        EXPECT_EQ(kind, row.kind) << row.word;
+        EXPECT_EQ(indicator, row.indicator) << row.word;
+        if (row.line != nullptr) {
+            EXPECT_EQ(line, row.line) << row.word;
+        }
+    }
 }
 
 TEST_F(CheckTest, ColourClasses) {
-    EXPECT_EQ(editor.GetColor(0), 0x000000);
-    EXPECT_EQ(editor.GetColor(1), 0x0080FF);
-    EXPECT_EQ(editor.GetColor(2), 0x009600);
-    EXPECT_EQ(editor.GetColor(3), 0xC08000);
-    EXPECT_EQ(editor.GetColor(29), 0x000000);
+    const std::pair<int, int> colours[] = {{0, 0x000000}, {1, 0x0080FF}, {2, 0x009600}, {3, 0xC08000}, {29, 0x000000}};
+    for (const auto& [wordClass, colour] : colours) EXPECT_EQ(editor.GetColor(wordClass), colour) << wordClass;
 }
 
 TEST(LexicalModule, AMissingModuleLeavesTheEntryPointsNullAndTheTestRefuses) {

@@ -2,34 +2,36 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <vector>
+
 #include "host/bar_csv.h"
 
 namespace {
 
-TEST(BarCsv, ColumnsInAnyOrderBothDateFormsAndAnOptionalAmount) {
-    const ny::BarCsv csv = ny::ParseBarCsv(
-        "\xEF\xBB\xBF# my bars\r\nClose,DATE,open,high,low,volume\r\n10.5,2021-06-01,10,11,9.5,1200\r\n\r\n"
-        "11,20210602,10.5,11.2,10.4,900\r\n");
-    EXPECT_TRUE(csv.problems.empty());
-    EXPECT_FALSE(csv.minute);
-    ASSERT_EQ(csv.bars.size(), 2u);
-    EXPECT_EQ(csv.bars[0].m_lTime, 20210601);
-    EXPECT_EQ(csv.bars[0].m_fClose, 10.5f);
-    EXPECT_EQ(csv.bars[0].m_fLow, 9.5f);
-    EXPECT_EQ(csv.bars[1].m_lTime, 20210602);
-    EXPECT_EQ(csv.bars[1].m_fVolume, 900.0f);
-    EXPECT_EQ(csv.bars[1].m_fAmount, 0.0f);
-}
-
-TEST(BarCsv, MinuteRowsAreStampedLikeTheMinuteFiles) {
-    const ny::BarCsv csv = ny::ParseBarCsv(
-        "date,open,high,low,close,volume,amount\n2021-06-30 09:35,10,10,10,10,5,50\n20210630 15:00,10,10,10,10,5,50\n");
-    EXPECT_TRUE(csv.problems.empty());
-    EXPECT_TRUE(csv.minute);
-    ASSERT_EQ(csv.bars.size(), 2u);
-    EXPECT_EQ(csv.bars[0].m_lTime, 2106300935);
-    EXPECT_EQ(csv.bars[1].m_lTime, 2106301500);
-    EXPECT_EQ(csv.bars[1].m_fAmount, 50.0f);
+// Each accepted form with the bars it gives: time, then low, close, volume and amount.
+TEST(BarCsv, AcceptedForms) {
+    const struct {
+        const char* text;
+        bool minute;
+        std::vector<std::pair<int, std::array<float, 4>>> bars;
+    } rows[] = {
+        // Columns in any order, both date forms, a byte-order mark, a comment, a blank line, no amount.
+        {"\xEF\xBB\xBF# my bars\r\nClose,DATE,open,high,low,volume\r\n10.5,2021-06-01,10,11,9.5,1200\r\n\r\n"
+         "11,20210602,10.5,11.2,10.4,900\r\n",
+         false, {{20210601, {9.5f, 10.5f, 1200, 0}}, {20210602, {10.4f, 11, 900, 0}}}},
+        // Minute rows are stamped like the minute files.
+        {"date,open,high,low,close,volume,amount\n2021-06-30 09:35,10,10,10,10,5,50\n20210630 15:00,10,10,9,10,5,50\n",
+         true, {{2106300935, {10, 10, 5, 50}}, {2106301500, {9, 10, 5, 50}}}},
+    };
+    for (const auto& row : rows) {
+        const ny::BarCsv csv = ny::ParseBarCsv(row.text);
+        EXPECT_TRUE(csv.problems.empty()) << row.text;
+        EXPECT_EQ(csv.minute, row.minute) << row.text;
+        std::vector<std::pair<int, std::array<float, 4>>> bars;
+        for (const CHisDay& bar : csv.bars) bars.push_back({bar.m_lTime, {bar.m_fLow, bar.m_fClose, bar.m_fVolume, bar.m_fAmount}});
+        EXPECT_EQ(bars, row.bars) << row.text;
+    }
 }
 
 TEST(BarCsv, EveryRefusedRowIsNamedAndLeftOut) {
@@ -54,15 +56,24 @@ TEST(BarCsv, EveryRefusedRowIsNamedAndLeftOut) {
     EXPECT_EQ(csv.problems[4].message, "not later than the row before");
 }
 
-TEST(BarCsv, AHeaderWithoutARequiredColumnRefusesTheFile) {
-    ny::BarCsv csv = ny::ParseBarCsv("date,open,high,low,close\n20210601,1,1,1,1\n");
-    ASSERT_EQ(csv.problems.size(), 1u);
-    EXPECT_EQ(csv.problems[0].line, 1);
-    EXPECT_EQ(csv.problems[0].message, "header: no column \"volume\"");
-    EXPECT_TRUE(csv.bars.empty());
-    csv = ny::ParseBarCsv("date,open,high,low,close,volume\n2022-01-03 10:00,1,1,1,1,1\n");
-    ASSERT_EQ(csv.problems.size(), 1u);
-    EXPECT_EQ(csv.problems[0].message, "minute bars can only be dated 2000-01-01 to 2021-12-31");
+// Files refused as a whole, with the one problem named.
+TEST(BarCsv, FilesRefusedWhole) {
+    const struct {
+        const char* text;
+        int line;
+        const char* message;
+    } rows[] = {
+        {"date,open,high,low,close\n20210601,1,1,1,1\n", 1, "header: no column \"volume\""},
+        {"date,open,high,low,close,volume\n2022-01-03 10:00,1,1,1,1,1\n", 2,
+         "minute bars can only be dated 2000-01-01 to 2021-12-31"},
+    };
+    for (const auto& [text, line, message] : rows) {
+        const ny::BarCsv csv = ny::ParseBarCsv(text);
+        ASSERT_EQ(csv.problems.size(), 1u) << text;
+        EXPECT_EQ(csv.problems[0].line, line) << text;
+        EXPECT_EQ(csv.problems[0].message, message);
+        EXPECT_TRUE(csv.bars.empty()) << text;
+    }
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // The system formula set as built into the embedded installation: every source file is in the
-// set, and every formula evaluates over every sample stock.
+// set, and the formulas that draw give their commands over hand-made bars.
 
 #include <gtest/gtest.h>
 
@@ -79,43 +79,12 @@ TEST_F(FormulaSetTest, EverySourceIsInTheSetWithItsStatements) {
     EXPECT_GE(conditionGroups.size(), 5u);
 }
 
-// Market-breadth indicators read the advance and decline counts, which only indexes have.
-TEST_F(FormulaSetTest, EveryFormulaEvaluatesOverEverySampleStock) {
-    const auto sources = Sources();
-    int evaluations = 0;
-    for (const CStock* stock : g_MyStocksArray) {
-        std::vector<CHisDay> bars = ny::ReadBarFile(stock->GetDayFilePath());
-        ASSERT_FALSE(bars.empty()) << ny::FormatStockCode(stock->GetID());
-        const auto count = static_cast<short>(bars.size());
-        for (const auto& source : sources) {
-            const CIndicator& d = source->definition;
-            const bool breadth = d.m_MainType == NY_KIND_INDICATOR && d.m_SubType == 0;
-            CIndicator f;
-            f = *g_MyGetIndicator(d.m_strName, d.m_MainType);
-            ny::EvaluateOver(f, stock->GetID(), bars.data(), count);
-            ++evaluations;
-            for (const CExpression* s : f.m_arExpressions) {
-                const bool expected = !breadth || stock->IsIndex();
-                EXPECT_EQ(s->m_cComputed == 1, expected)
-                    << source->path << " " << s->m_strName << " on " << ny::FormatStockCode(stock->GetID());
-                if (s->m_cComputed == 1) {
-                    EXPECT_EQ(s->m_nEnd, count) << source->path << " " << s->m_strName;
-                }
-            }
-        }
-    }
-    EXPECT_GT(evaluations, 300 * 60);
-}
-
 // The rows of drawing_formulas.txt: statements of formulas that draw, over five bars by hand.
 TEST_F(FormulaSetTest, DrawingFormulasOnHandMadeBars) {
     std::vector<CHisDay> bars;
-    for (float close : {100, 104, 106, 100, 94}) {
-        bars.emplace_back();
-        bars.back().m_lTime = 20240102 + static_cast<int>(bars.size());
-        bars.back().m_fOpen = bars.back().m_fClose = close;
-        bars.back().m_fHigh = close + 1, bars.back().m_fLow = close - 1;
-    }
+    for (float close : {100, 104, 106, 100, 94})
+        bars.push_back({.m_lTime = 20240103 + static_cast<int>(bars.size()), .m_fOpen = close, .m_fHigh = close + 1,
+                        .m_fLow = close - 1, .m_fClose = close});
     std::istringstream rows(ReadText(NY_SOURCE_DIR "/tests/cli/drawing_formulas.txt"));
     int checked = 0;
     for (std::string line, name, word; std::getline(rows, line);) {

@@ -84,6 +84,19 @@ void AddStatement(const CExpression& s, short bars, Checksum* sum, std::ostream*
     }
 }
 
+// Every statement of a system formula is computed up to the last day bar of every stock, except
+// those of the market-breadth indicators, which read the advance and decline counts of indexes.
+void ExpectComputedOverAllBars(const CIndicator& f, const CStock& stock, short count) {
+    const bool breadth = f.m_MainType == NY_KIND_INDICATOR && f.m_SubType == 0;
+    for (const CExpression* s : f.m_arExpressions) {
+        EXPECT_EQ(s->m_cComputed == 1, !breadth || stock.IsIndex())
+            << ny::GbkToUtf8(f.m_strName) << " " << ny::GbkToUtf8(s->m_strName) << " on " << ny::FormatStockCode(stock.GetID());
+        if (s->m_cComputed == 1) {
+            EXPECT_EQ(s->m_nEnd, count) << ny::GbkToUtf8(f.m_strName);
+        }
+    }
+}
+
 // The checksums of one formula in one period, or of one period over all formulas.
 struct Record {
     std::vector<uint64_t> statements;  // of a formula: each statement over all stocks
@@ -116,6 +129,7 @@ protected:
                     CIndicator f;
                     f = *system;
                     ny::EvaluateOver(f, stock->GetID(), bars.data(), count);
+                    if (p.period == NY_PERIOD_DAY) ExpectComputedOverAllBars(f, *stock, count);
                     record.statements.resize(f.m_arExpressions.size(), Checksum().Value());
                     record.names.clear();
                     for (const CExpression* s : f.m_arExpressions) record.names.push_back(ny::GbkToUtf8(s->m_strName));

@@ -174,9 +174,7 @@ TEST_F(SafetyTest, ExportRefusesToWriteOverALibraryFile) {
 TEST_F(SafetyTest, DataImportRefusesToReplaceWhatItCannotRead) {
     const std::string csv = (m_dir.path() / "bars.csv").string();
     WriteText(csv, "date,open,high,low,close,volume\n20210701,10,11,9,10.5,1000\n");
-    CHisDay bar;
-    bar.m_lTime = 20210630;
-    bar.m_fOpen = bar.m_fHigh = bar.m_fLow = bar.m_fClose = 10;
+    const CHisDay bar{.m_lTime = 20210630, .m_fOpen = 10, .m_fHigh = 10, .m_fLow = 10, .m_fClose = 10};
     CHisDay nan = bar;
     nan.m_fClose = std::nanf("");
     const fs::path stocks = m_home / "data/stocks.csv";

@@ -15,11 +15,7 @@
 namespace {
 
 CHisDay Bar(float low, float high, float volume) {
-    CHisDay bar;
-    bar.m_fLow = bar.m_fOpen = low;
-    bar.m_fHigh = bar.m_fClose = high;
-    bar.m_fVolume = volume;
-    return bar;
+    return {.m_fOpen = low, .m_fHigh = high, .m_fLow = low, .m_fClose = high, .m_fVolume = volume};
 }
 
 class Chips : public ::testing::Test {

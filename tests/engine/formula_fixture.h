@@ -19,16 +19,10 @@ namespace nytest {
 // Bars with open = close - 0.5, high = close + 1, low = close - 1, volume = 100 x close and
 // amount = 1000 x close; dates count up from 20240102.
 inline std::vector<CHisDay> MakeBars(const std::vector<float>& closes) {
-    std::vector<CHisDay> bars(closes.size());
-    for (size_t i = 0; i < closes.size(); ++i) {
-        bars[i].m_lTime = 20240102 + static_cast<int>(i);
-        bars[i].m_fClose = closes[i];
-        bars[i].m_fOpen = closes[i] - 0.5f;
-        bars[i].m_fHigh = closes[i] + 1;
-        bars[i].m_fLow = closes[i] - 1;
-        bars[i].m_fVolume = closes[i] * 100;
-        bars[i].m_fAmount = closes[i] * 1000;
-    }
+    std::vector<CHisDay> bars;
+    for (const float close : closes)
+        bars.push_back({.m_lTime = 20240102 + static_cast<int>(bars.size()), .m_fOpen = close - 0.5f, .m_fHigh = close + 1,
+                        .m_fLow = close - 1, .m_fClose = close, .m_fAmount = close * 1000, .m_fVolume = close * 100});
     return bars;
 }
 
@@ -37,6 +31,16 @@ inline std::vector<CHisDay> RisingBars(int n) {
     std::vector<float> closes;
     for (int i = 1; i <= n; ++i) closes.push_back(static_cast<float>(i));
     return MakeBars(closes);
+}
+
+// A parameter with its range and default value.
+inline CParam MakeParam(const std::string& name, short min, short max, short value) {
+    CParam param;
+    param.m_strName = name;
+    param.m_nMin = min;
+    param.m_nMax = max;
+    param.m_nDefault = value;
+    return param;
 }
 
 // A parameter with its default value.

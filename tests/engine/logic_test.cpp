@@ -1,5 +1,4 @@
-// Window statistics against a computation in double precision, signals as users write them,
-// and FORCAL, which smooths four statements in place.
+// Window statistics against a computation in double precision, and FORCAL, which smooths four statements in place.
 
 #include <algorithm>
 #include <cmath>
@@ -56,49 +55,6 @@ TEST_F(Logic, RelateOfASeriesWithItself) {
     for (int k = 0; k < 3; ++k) EXPECT_NEAR(self[k], 1.0f, 1e-5) << k;
     // A flat window has no deviation.
     EXPECT_EQ(self[5], 0.0f);
-}
-
-// ---- Signals as users write them ----
-
-// Runs a formula over bars of the given closes; each statement is checked over its valid bars.
-class Signals : public ::testing::Test {
-protected:
-    void Expect(const nytest::Formula& f, const std::string& name, short first, const Values& values) {
-        const CExpression& e = f[name];
-        ASSERT_EQ(e.m_cComputed, 1) << name;
-        EXPECT_EQ(e.m_nFirst, first) << name;
-        EXPECT_EQ(e.m_nEnd, first + static_cast<short>(values.size())) << name;
-        EXPECT_EQ(Values(e.m_pData + first, e.m_pData + e.m_nEnd), values) << name;
-    }
-};
-
-TEST_F(Signals, GoldenAndDeathCrossOfTwoAverages) {
-    Values closes(10, 10.0f);
-    for (float c : {11.0f, 12.0f, 13.0f, 12.0f, 11.0f, 10.0f}) closes.push_back(c);
-    nytest::Formula f{{"FAST", "MA(CLOSE,3)"}, {"SLOW", "MA(CLOSE,5)"},
-                      {"GOLD", "CROSS(FAST,SLOW)"}, {"DEATH", "CROSS(SLOW,FAST)"}};
-    ASSERT_EQ(f.Run(nytest::MakeBars(closes)), 1);
-    // Flat averages meet at 10 until the first rise lifts the short one above (bar 10: 10.33
-    // against 10.2); on the way down it falls below at bar 15 (11 against 11.6).
-    Values gold(12, 0.0f), death(12, 0.0f);
-    gold[10 - 4] = 1;
-    death[15 - 4] = 1;
-    Expect(f, "GOLD", 4, gold);
-    Expect(f, "DEATH", 4, death);
-}
-
-TEST_F(Signals, ThreeRisingClosesInFiveBars) {
-    nytest::Formula f{{"UP3", "COUNT(CLOSE>REF(CLOSE,1),5)>=3"}};
-    ASSERT_EQ(f.Run(nytest::MakeBars({10, 11, 10, 11, 12, 10, 10, 10, 11, 12, 13})), 1);
-    // Rises at bars 1, 3, 4, 8, 9, 10; windows of five from bar 5 on.
-    Expect(f, "UP3", 5, {1, 0, 0, 0, 0, 1});
-}
-
-TEST_F(Signals, BarsSinceTheLastLimitUp) {
-    nytest::Formula f{{"SINCE", "BARSLAST(CLOSE>=REF(CLOSE,1)*1.095)"}};
-    ASSERT_EQ(f.Run(nytest::MakeBars({10, 11, 11.5f, 12.65f, 12, 12.5f, 13.75f, 13})), 1);
-    // Limit-ups at bars 1, 3 and 6.
-    Expect(f, "SINCE", 1, {0, 1, 0, 1, 2, 0, 1});
 }
 
 // ---- FORCAL ----

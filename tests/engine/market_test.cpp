@@ -10,13 +10,7 @@
 namespace {
 
 CHisDay IndexDay(int date, float close, int rising, int falling) {
-    CHisDay day;
-    day.m_lTime = date;
-    day.m_fClose = close;
-    day.m_fHigh = close + 10;
-    day.m_fVolume = 5000;
-    day.m_lAdvDec = rising + falling * 1024;
-    return day;
+    return {.m_lTime = date, .m_fHigh = close + 10, .m_fClose = close, .m_fVolume = 5000, .m_lAdvDec = rising + falling * 1024};
 }
 
 class MarketWords : public ::testing::Test {

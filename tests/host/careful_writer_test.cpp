@@ -149,11 +149,7 @@ TEST(ReadWholeFile, SpecialAndOversizedFilesAreRefusedWithoutReadingThem) {
 }
 
 TEST(ReadBars, DamagedRecordsAreNamedByFileAndRecord) {
-    CHisDay sound;
-    sound.m_lTime = 20210630;
-    sound.m_fOpen = sound.m_fLow = 10;
-    sound.m_fHigh = sound.m_fClose = 11;
-    sound.m_fVolume = 1000;
+    const CHisDay sound{.m_lTime = 20210630, .m_fOpen = 10, .m_fHigh = 11, .m_fLow = 10, .m_fClose = 11, .m_fVolume = 1000};
     CHisDay minute = sound;
     minute.m_lTime = 2106301455;
     const auto with = [&](void (*change)(CHisDay&)) {

@@ -22,20 +22,23 @@ protected:
     TempInstallation m_dir;
 };
 
+// The ids of the stocks of a block, in the block's order.
+std::vector<int> Ids(const CString& category, const CString& name) {
+    std::vector<CStock*> stocks;
+    CGroup::GetStock(category, name, stocks);
+    std::vector<int> ids;
+    for (const CStock* stock : stocks) ids.push_back(stock->m_lStockID);
+    return ids;
+}
+
 TEST_F(Blocks, CreatedBlockIsReadBackInOrder) {
     ASSERT_TRUE(CGroup::CreateGroup("行业", "银行", {1000001, 600001}));
     ASSERT_TRUE(CGroup::CreateGroup("行业", "钢铁", {600002}));
     std::vector<CString> names;
     CGroup::GetGroup("行业", names);
     // GBK order: 钢 (B8D6) before 银 (D2F8).
-    ASSERT_EQ(names.size(), 2u);
-    EXPECT_EQ(names[0], CString("钢铁"));
-    EXPECT_EQ(names[1], CString("银行"));
-    std::vector<CStock*> stocks;
-    CGroup::GetStock("行业", "银行", stocks);
-    ASSERT_EQ(stocks.size(), 2u);
-    EXPECT_EQ(stocks[0]->m_lStockID, 1000001);
-    EXPECT_EQ(stocks[1]->m_lStockID, 600001);
+    EXPECT_EQ(names, (std::vector<CString>{"钢铁", "银行"}));
+    EXPECT_EQ(Ids("行业", "银行"), (std::vector<int>{1000001, 600001}));
     CGroup::GetGroup("概念", names);
     EXPECT_TRUE(names.empty());
 }
@@ -58,20 +61,14 @@ TEST_F(Blocks, ResultBlockFileHasItsHeaderAndIds) {
 TEST_F(Blocks, CreatingAgainReplacesTheBlock) {
     ASSERT_TRUE(CGroup::CreateGroup("自定义", "智能选股", {600001, 600002, 1000001}));
     ASSERT_TRUE(CGroup::CreateGroup("自定义", "智能选股", {1000001}));
-    std::vector<CStock*> stocks;
-    CGroup::GetStock("自定义", "智能选股", stocks);
-    ASSERT_EQ(stocks.size(), 1u);
-    EXPECT_EQ(stocks[0]->m_lStockID, 1000001);
+    EXPECT_EQ(Ids("自定义", "智能选股"), std::vector<int>{1000001});
     ASSERT_TRUE(CGroup::CreateGroup("自定义", "智能选股", {}));
-    CGroup::GetStock("自定义", "智能选股", stocks);
-    EXPECT_TRUE(stocks.empty());
+    EXPECT_TRUE(Ids("自定义", "智能选股").empty());
     EXPECT_FALSE(std::filesystem::exists(CGroup::GetGroupFilePath("自定义", "智能选股") + ".tmp"));
 }
 
 TEST_F(Blocks, RefusesNamesThatAreNotOneFile) {
-    EXPECT_FALSE(CGroup::CreateGroup("自定义", "", {600001}));
-    EXPECT_FALSE(CGroup::CreateGroup("自定义", "../x", {600001}));
-    EXPECT_FALSE(CGroup::CreateGroup("自定义", "a/b", {600001}));
+    for (const char* name : {"", "../x", "a/b"}) EXPECT_FALSE(CGroup::CreateGroup("自定义", name, {600001})) << name;
 }
 
 TEST_F(Blocks, InitKnowsPositionsAndSortsByAQuoteColumn) {
@@ -105,14 +102,9 @@ TEST_F(Blocks, DamagedBlockFilesAreReported) {
     ny::StoreInt(&truncated, 600001);
     truncated += "\x01\x02";  // half of the second
     m_dir.Write(folder + "cut.blk", truncated);
-    std::vector<CStock*> stocks;
-    CGroup::GetStock("概念", "short", stocks);
-    EXPECT_TRUE(stocks.empty());
-    CGroup::GetStock("概念", "alien", stocks);
-    EXPECT_TRUE(stocks.empty());
-    CGroup::GetStock("概念", "cut", stocks);
-    ASSERT_EQ(stocks.size(), 1u);
-    EXPECT_EQ(stocks[0]->m_lStockID, 600001);
+    EXPECT_TRUE(Ids("概念", "short").empty());
+    EXPECT_TRUE(Ids("概念", "alien").empty());
+    EXPECT_EQ(Ids("概念", "cut"), std::vector<int>{600001});
     EXPECT_EQ(ny::InstallationProblems().size(), 3u);
     std::vector<CString> names;
     CGroup::GetGroup("概念", names);

@@ -139,12 +139,7 @@ TEST_F(InstallationTest, StoredFilesLiveUnderTheMarketFolders) {
 }
 
 TEST_F(InstallationTest, BarFilesKeepWholeRecordsOnly) {
-    CHisDay first;
-    first.m_lTime = 20210629;
-    first.m_fClose = 10;
-    CHisDay second = first;
-    second.m_lTime = 20210630;
-    std::string bytes = ny::EncodeBars({first, second});
+    const std::string bytes = ny::EncodeBars({{.m_lTime = 20210629, .m_fClose = 10}, {.m_lTime = 20210630, .m_fClose = 10}});
     ASSERT_EQ(bytes.size(), 80u);
     m_dir.Write("data/sh/day/600001.day", bytes + "12345");  // truncated third record
     const std::vector<CHisDay> bars = ny::ReadBarFile(g_MyGetStock(600001)->GetDayFilePath());
@@ -155,13 +150,8 @@ TEST_F(InstallationTest, BarFilesKeepWholeRecordsOnly) {
 }
 
 TEST_F(InstallationTest, IndexGivesTheBarOfADate) {
-    CHisDay monday, tuesday;
-    monday.m_lTime = 20210628;
-    monday.m_fClose = 3500;
-    monday.m_lAdvDec = 700 | (250 << 10);
-    tuesday.m_lTime = 20210629;
-    tuesday.m_fClose = 3510;
-    m_dir.Write("data/sh/day/000001.day", ny::EncodeBars({monday, tuesday}));
+    m_dir.Write("data/sh/day/000001.day", ny::EncodeBars({{.m_lTime = 20210628, .m_fClose = 3500, .m_lAdvDec = 700 | (250 << 10)},
+                                                          {.m_lTime = 20210629, .m_fClose = 3510}}));
     const CHisDay* day = g_MyIndexSH.GetDay(20210628);
     ASSERT_NE(day, nullptr);
     EXPECT_FLOAT_EQ(day->m_fClose, 3500);
@@ -174,11 +164,8 @@ TEST_F(InstallationTest, IndexGivesTheBarOfADate) {
 }
 
 TEST_F(InstallationTest, IndexIsReadOnceFromSeveralThreads) {
-    std::vector<CHisDay> bars(500);
-    for (int i = 0; i < 500; ++i) {
-        bars[i].m_lTime = 20000000 + i;
-        bars[i].m_fClose = static_cast<float>(i);
-    }
+    std::vector<CHisDay> bars;
+    for (int i = 0; i < 500; ++i) bars.push_back({.m_lTime = 20000000 + i, .m_fClose = static_cast<float>(i)});
     m_dir.Write("data/sz/day/399001.day", ny::EncodeBars(bars));
     std::vector<std::thread> readers;
     std::vector<float> sums(4, 0);

@@ -14,19 +14,10 @@
 #include "host/installation.h"
 #include "host/power.h"
 #include "host/stockdb.h"
+#include "tests/host/generated_market.h"
 #include "tests/host/temp_installation.h"
 
 namespace {
-
-ny::SampleMarketOptions SmallMarket() {
-    ny::SampleMarketOptions options;
-    options.stockCount = 40;
-    options.firstDate = 20190102;
-    options.lastDate = 20210331;
-    options.minuteDays = 20;
-    options.orderFlowDays = 30;
-    return options;
-}
 
 // FNV-1a over the relative path and the bytes of every file, in path order.
 uint64_t TreeChecksum(const std::string& root) {
@@ -67,30 +58,7 @@ TEST(SampleMarketGeneration, RefusesDatesThatMinuteTimesCantHold) {
     EXPECT_FALSE(error.empty());
 }
 
-class SampleMarket : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        s_dir = new TempInstallation;
-        std::string error;
-        ASSERT_TRUE(ny::MakeSampleMarket(s_dir->Path(), SmallMarket(), &error)) << error;
-    }
-    static void TearDownTestSuite() {
-        delete s_dir;
-        s_dir = nullptr;
-    }
-    void SetUp() override { ASSERT_TRUE(ny::OpenInstallation(s_dir->Path())); }
-
-    static std::vector<const CStock*> Shares() {
-        std::vector<const CStock*> shares;
-        for (const CStock* stock : g_MyStocksArray)
-            if (stock->m_dwKind & (NY_KIND_SH_A | NY_KIND_SZ_A)) shares.push_back(stock);
-        return shares;
-    }
-
-    static TempInstallation* s_dir;
-};
-
-TempInstallation* SampleMarket::s_dir = nullptr;
+class SampleMarket : public GeneratedMarketTest {};
 
 TEST_F(SampleMarket, ListsSharesBondsFundsAndIndexesWithoutProblems) {
     EXPECT_TRUE(ny::InstallationProblems().empty());
@@ -188,29 +156,10 @@ TEST_F(SampleMarket, IndexCountsRisingAndFallingShares) {
     }
 }
 
-// Folds minute bars into bars keyed by fold(time).
-template <typename Fold>
-std::vector<CHisDay> Merge(const std::vector<CHisDay>& bars, Fold fold) {
-    std::vector<CHisDay> merged;
-    for (const CHisDay& bar : bars) {
-        const int key = fold(bar.m_lTime);
-        if (merged.empty() || merged.back().m_lTime != key) {
-            merged.push_back(bar);
-            merged.back().m_lTime = key;
-            continue;
-        }
-        CHisDay& last = merged.back();
-        last.m_fHigh = std::max(last.m_fHigh, bar.m_fHigh);
-        last.m_fLow = std::min(last.m_fLow, bar.m_fLow);
-        last.m_fClose = bar.m_fClose;
-        last.m_fVolume += bar.m_fVolume;
-        last.m_fAmount += bar.m_fAmount;
-    }
-    return merged;
-}
-
-void ExpectSameBar(const CHisDay& a, const CHisDay& b) {
-    EXPECT_EQ(a.m_lTime, b.m_lTime);
+// A bar folded under its key against a stored one stamped with that key.
+void ExpectSameBar(const std::pair<int, CHisDay>& folded, const CHisDay& b) {
+    const CHisDay& a = folded.second;
+    EXPECT_EQ(folded.first, b.m_lTime);
     EXPECT_FLOAT_EQ(a.m_fOpen, b.m_fOpen) << a.m_lTime;
     EXPECT_FLOAT_EQ(a.m_fHigh, b.m_fHigh) << a.m_lTime;
     EXPECT_FLOAT_EQ(a.m_fLow, b.m_fLow) << a.m_lTime;
@@ -227,12 +176,11 @@ TEST_F(SampleMarket, MinuteBarsAddUpToTheDayBars) {
         ASSERT_EQ(minutes.size(), 241u);
         ASSERT_EQ(fives.size() % 48, 0u);
         ASSERT_GE(fives.size(), 48u * 19);
-        const std::vector<CHisDay> byDay = Merge(fives, CStock::Min5Time2Day);
+        const auto byDay = Aggregate(fives, CStock::Min5Time2Day);
         ASSERT_LE(byDay.size(), days.size());
         for (size_t i = 0; i < byDay.size(); ++i) ExpectSameBar(byDay[i], days[days.size() - byDay.size() + i]);
         const char market = stock->m_cMarket;
-        const std::vector<CHisDay> lastFives =
-            Merge(minutes, [market](int time) { return CStock::Time2Time(time, 0, market); });
+        const auto lastFives = Aggregate(minutes, [market](int time) { return CStock::Time2Time(time, 0, market); });
         ASSERT_EQ(lastFives.size(), 48u);
         for (size_t i = 0; i < 48; ++i) ExpectSameBar(lastFives[i], fives[fives.size() - 48 + i]);
     }

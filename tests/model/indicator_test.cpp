@@ -8,6 +8,8 @@
 #include <memory>
 #include <tuple>
 
+#include "tests/model/filled_formula.h"
+
 namespace {
 
 TEST(Param, ValueForAPeriodFallsBackToTheDefault) {
@@ -74,41 +76,19 @@ TEST(Expression, AssignmentCopiesTheDefinitionOnly) {
     EXPECT_EQ(b.m_cComputed, 0);
 }
 
-CIndicator* MakeFormula() {
-    auto* f = new CIndicator;
-    f->m_strName = "KDJ";
-    f->m_strTitle = "title";
-    f->m_strSource = "K:1;";
-    f->m_strUsage = "usage";
-    f->m_strExtra = "extra";
-    f->m_strAxes = "20;80";
-    f->m_MainType = 0;
-    f->m_SubType = 2;
-    f->m_SysIndex = 1;
-    f->m_cDrawPos = 1;
+// The filled formula with the fields a copy leaves behind set as well.
+std::unique_ptr<CIndicator> MakeFormula() {
+    auto f = std::make_unique<CIndicator>();
+    FillFormula(*f);
     f->m_IsEditable = 0;
-    f->m_cHasPassword = 1;
-    f->m_strPassword = "pw";
     f->m_nBaseSet = 1;
     f->m_nPeriod = 7;
-    f->m_arPYCodes = {"KDJ"};
-    auto* p = new CParam;
-    p->m_strName = "N";
-    p->m_nDefault = 9;
-    f->m_arParams.push_back(p);
-    auto* axe = new CAxeValue;
-    axe->m_nValue = 80;
-    axe->m_cCritical = 1;
-    f->m_arAxes.push_back(axe);
-    auto* e = new CExpression;
-    e->m_strName = "K";
-    e->m_strText = "1";
-    f->m_arExpressions.push_back(e);
+    f->m_arPYCodes = {"JXMA"};
     return f;
 }
 
 TEST(Indicator, AssignmentCopiesDefinitionAndPeriodButNotTemplateBaseSetOrPinyin) {
-    std::unique_ptr<CIndicator> source(MakeFormula());
+    const std::unique_ptr<CIndicator> source = MakeFormula();
     source->AllocMem(10);
     CIndicator copy;
     copy.m_arExpressions.push_back(new CExpression);
@@ -122,19 +102,20 @@ TEST(Indicator, AssignmentCopiesDefinitionAndPeriodButNotTemplateBaseSetOrPinyin
     EXPECT_EQ(copy.m_strExtra, "");
     EXPECT_EQ(copy.m_nBaseSet, 0);
     EXPECT_TRUE(copy.m_arPYCodes.empty());
-    ASSERT_EQ(copy.m_arExpressions.size(), 1u);
-    EXPECT_EQ(copy.m_arExpressions[0]->m_strName, "K");
+    ASSERT_EQ(copy.m_arExpressions.size(), 2u);
+    EXPECT_EQ(copy.m_arExpressions[0]->m_strName, "MA1");
     EXPECT_EQ(copy.m_arExpressions[0]->m_pData, nullptr);
     EXPECT_NE(copy.m_arExpressions[0], source->m_arExpressions[0]);
-    EXPECT_EQ(copy.m_arParams.at(0)->m_nDefault, 9);
+    EXPECT_EQ(copy.m_arParams.at(1)->m_nDefault, 10);
+    EXPECT_EQ(copy.m_arParams.at(0)->GetParam(1), 7);
     EXPECT_EQ(copy.m_arAxes.at(0)->m_cCritical, 1);
 }
 
 TEST(Indicator, FindIsExactAndDeleteFunctionsEmptyTheArrays) {
-    std::unique_ptr<CIndicator> f(MakeFormula());
-    EXPECT_EQ(f->Find("K"), f->m_arExpressions[0]);
-    EXPECT_EQ(f->Find("k"), nullptr);
-    EXPECT_EQ(f->Find("KD"), nullptr);
+    const std::unique_ptr<CIndicator> f = MakeFormula();
+    EXPECT_EQ(f->Find("MA1"), f->m_arExpressions[0]);
+    EXPECT_EQ(f->Find("ma1"), nullptr);
+    EXPECT_EQ(f->Find("MA"), nullptr);
     f->DeleteParam();
     f->DeleteAxeValue();
     f->DeleteExpression();

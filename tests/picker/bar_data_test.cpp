@@ -136,38 +136,16 @@ TEST(BarCases, RecordInForceAndSteppingNewestFirst) {
 
 // ---- The generated market ----
 
-class SampleMarketBars : public pickertest::GeneratedMarketTest {
+class SampleMarketBars : public GeneratedMarketTest {
 protected:
     void SetUp() override {
         GeneratedMarketTest::SetUp();
-        for (const CStock* stock : g_MyStocksArray)
-            if (stock->m_dwKind & (NY_KIND_SH_A | NY_KIND_SZ_A)) shares.push_back(stock);
-        ASSERT_EQ(shares.size(), 40u);
+        shares = Shares();
     }
 
     std::vector<const CStock*> shares;
     pickertest::Engine engine;
 };
-
-// Open, high, low, close and volume of consecutive stored bars with the same key, in order.
-template <typename Key>
-std::vector<std::pair<int, CHisDay>> Aggregate(const std::vector<CHisDay>& stored, Key key) {
-    std::vector<std::pair<int, CHisDay>> out;
-    for (const CHisDay& bar : stored) {
-        const int k = key(bar.m_lTime);
-        if (out.empty() || out.back().first != k) {
-            out.push_back({k, bar});
-            continue;
-        }
-        CHisDay& group = out.back().second;
-        group.m_lTime = bar.m_lTime;
-        group.m_fHigh = std::max(group.m_fHigh, bar.m_fHigh);
-        group.m_fLow = std::min(group.m_fLow, bar.m_fLow);
-        group.m_fClose = bar.m_fClose;
-        group.m_fVolume += bar.m_fVolume;
-    }
-    return out;
-}
 
 void ExpectSameBars(const std::vector<std::pair<int, CHisDay>>& expected, const std::vector<CHisDay>& got,
                     bool stampIsKey, const std::string& what) {

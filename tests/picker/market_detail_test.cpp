@@ -58,7 +58,7 @@ std::string PlausibleCall(const ny::CatalogRow& row) {
     return call + ")";
 }
 
-class CatalogSweep : public pickertest::GeneratedMarketTest {
+class CatalogSweep : public GeneratedMarketTest {
 protected:
     void SetUp() override {
         GeneratedMarketTest::SetUp();

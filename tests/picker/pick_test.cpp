@@ -15,6 +15,7 @@
 #include "model/library.h"
 #include "picker/pick_request.h"
 #include "picker/refresh.h"
+#include "tests/engine/formula_fixture.h"
 #include "tests/picker/picker_fixture.h"
 
 namespace {
@@ -27,12 +28,7 @@ const Statements kVolumeUp = {{"X", "V>MA(V,5)"}};
 // A condition formula with one parameter N.
 std::unique_ptr<CIndicator> Condition(const Statements& statements, const std::string& name, short n) {
     auto formula = pickertest::MakeFormula(statements, name);
-    auto* param = new CParam;
-    param->m_strName = "N";
-    param->m_nMin = 1;
-    param->m_nMax = 100;
-    param->m_nDefault = n;
-    formula->m_arParams.push_back(param);
+    formula->m_arParams.push_back(new CParam(nytest::MakeParam("N", 1, 100, n)));
     return formula;
 }
 
@@ -59,7 +55,7 @@ bool PickedAlone(int id, const std::vector<const Statements*>& conditions, short
     return andMode ? all : any;
 }
 
-class MarketPick : public pickertest::GeneratedMarketTest {
+class MarketPick : public GeneratedMarketTest {
 protected:
     void SetUp() override {
         GeneratedMarketTest::SetUp();

@@ -13,6 +13,7 @@
 #include "host/power.h"
 #include "host/sample_market.h"
 #include "picker/cond_stocks.h"
+#include "tests/host/generated_market.h"
 #include "tests/host/temp_installation.h"
 
 namespace pickertest {
@@ -46,15 +47,8 @@ public:
 
 // A day bar with open = close, high = close + 1, low = close - 1 unless given.
 inline CHisDay Bar(int time, float close, float volume = 100) {
-    CHisDay bar;
-    bar.m_lTime = time;
-    bar.m_fOpen = close;
-    bar.m_fHigh = close + 1;
-    bar.m_fLow = close - 1;
-    bar.m_fClose = close;
-    bar.m_fVolume = volume;
-    bar.m_fAmount = volume * close;
-    return bar;
+    return {.m_lTime = time, .m_fOpen = close, .m_fHigh = close + 1, .m_fLow = close - 1, .m_fClose = close,
+            .m_fAmount = volume * close, .m_fVolume = volume};
 }
 
 // The fields of a bar by name, for bars written and checked as text.
@@ -145,27 +139,5 @@ inline std::unique_ptr<CIndicator> MakeFormula(
     }
     return formula;
 }
-
-// A suite over one generated market of 40 shares, 2019-01-02 to 2021-03-31, made once for the
-// suite and opened before each test.
-class GeneratedMarketTest : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        s_dir = new TempInstallation;
-        ny::SampleMarketOptions options;
-        options.stockCount = 40;
-        options.firstDate = 20190102;
-        options.lastDate = 20210331;
-        std::string error;
-        ASSERT_TRUE(ny::MakeSampleMarket(s_dir->Path(), options, &error)) << error;
-    }
-    static void TearDownTestSuite() {
-        delete s_dir;
-        s_dir = nullptr;
-    }
-    void SetUp() override { ASSERT_TRUE(ny::OpenInstallation(s_dir->Path())); }
-
-    static inline TempInstallation* s_dir = nullptr;
-};
 
 }  // namespace pickertest
