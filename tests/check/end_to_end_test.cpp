@@ -1,6 +1,7 @@
 // Formula text as a user types it, through the syntax test into statements, evaluated over bars.
 
 #include <memory>
+#include <tuple>
 
 #include "check/syntax_result.h"
 #include "tests/check/check_fixture.h"
@@ -44,29 +45,26 @@ TEST_F(EndToEnd, PriceFormulaWithCommentsColoursAndWidths) {
         nytest::MakeBars({10, 12, 11.5f, 13}));
     ASSERT_EQ(result.m_arExpressions.size(), 4u);
 
-    const CExpression& mid = Statement("MID");
-    EXPECT_EQ(mid.m_lColor, 0xFFFFFF);
-    EXPECT_EQ(mid.m_nWidth, 2);
-    EXPECT_EQ(mid.m_nType, 1);
-    ASSERT_EQ(mid.m_cComputed, 1);
-    EXPECT_EQ(mid.m_pData[0], 10);
-    EXPECT_EQ(mid.m_pData[2], 11.5f);
-
-    const CExpression& spread = Statement("SPREAD");
-    EXPECT_EQ(spread.m_nType, 0);
-    EXPECT_EQ(spread.m_pData[3], 2);
-
-    const CExpression& up = Statement("UP");
-    EXPECT_EQ(up.m_nType, 32);
-    EXPECT_EQ(up.m_nWidth, 0);
-    ASSERT_EQ(up.m_cComputed, 1);
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(up.m_pData[i], 1) << i;
-
-    const CExpression& unnamed = *result.m_arExpressions[3];
-    EXPECT_EQ(unnamed.m_strName, "");
-    EXPECT_EQ(unnamed.m_nType, 3);
-    ASSERT_EQ(unnamed.m_cComputed, 1);
-    EXPECT_EQ(unnamed.m_pData[1], 20);  // close - mid is 0
+    // Each statement's type, colour, width and values; the unnamed output is the last.
+    const struct {
+        const CExpression& statement;
+        short type;
+        int color;
+        short width;
+        std::vector<float> values;
+    } rows[] = {
+        {Statement("MID"), 1, 0xFFFFFF, 2, {10, 12, 11.5f, 13}},
+        {Statement("SPREAD"), 0, -1, 1, {2, 2, 2, 2}},
+        {Statement("UP"), 32, -1, 0, {1, 1, 1, 1}},
+        {*result.m_arExpressions[3], 3, -1, 1, {20, 20, 20, 20}},  // close - mid is 0
+    };
+    for (const auto& row : rows) {
+        const CExpression& s = row.statement;
+        ASSERT_EQ(s.m_cComputed, 1) << s.m_strName;
+        EXPECT_EQ(std::tuple(s.m_nType, s.m_lColor, s.m_nWidth), std::tuple(row.type, row.color, row.width)) << s.m_strName;
+        EXPECT_EQ(std::vector<float>(s.m_pData, s.m_pData + 4), row.values) << s.m_strName;
+    }
+    EXPECT_EQ(result.m_arExpressions[3]->m_strName, "");
 }
 
 TEST_F(EndToEnd, ParametersSignsAndConditions) {

@@ -2,6 +2,7 @@
 // range, and the limits of a statement's text.
 
 #include <functional>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -23,19 +24,15 @@ TEST(Calc, RefusesWithoutBarsAndLeavesStatementsAlone) {
     f.ind.AllocMem(10);
     f.ind.m_nBarCount = 10;
     EXPECT_EQ(f.ind.Calc(0, 10), 0);
-    EXPECT_EQ(f["A"].m_cComputed, 0);
-    EXPECT_EQ(f["A"].m_nFirst, 30000);
+    EXPECT_EQ(std::tuple(f["A"].m_cComputed, f["A"].m_nFirst), std::tuple(0, 30000));
 }
 
 TEST(Calc, ConstantStatementFillsTheWholeRange) {
     Formula f({{"X", "5"}});
     ASSERT_EQ(f.Run(RisingBars(100)), 1);
     const CExpression& x = f["X"];
-    EXPECT_EQ(x.m_cComputed, 1);
-    EXPECT_EQ(x.m_cIsSeries, 0);
-    EXPECT_EQ(x.m_nFirst, 0);
-    EXPECT_EQ(x.m_nEnd, 100);
-    for (int i = 0; i < 100; ++i) ASSERT_EQ(x.m_pData[i], 5.0f) << i;
+    EXPECT_EQ(std::tuple(x.m_cComputed, x.m_cIsSeries, x.m_nFirst, x.m_nEnd), std::tuple(1, 0, 0, 100));
+    EXPECT_EQ(std::vector<float>(x.m_pData, x.m_pData + 100), std::vector<float>(100, 5.0f));
 }
 
 TEST(Calc, WhatEachStatementOfARunGives) {
@@ -88,9 +85,7 @@ TEST(Calc, DrawingStatementGetsItsChartArea) {
     EXPECT_EQ(f["A"].m_nHasDraw, 1);
     ASSERT_NE(f["A"].m_pPoints, nullptr);
     for (int i = 0; i < 4 * 8; ++i) ASSERT_EQ(f["A"].m_pPoints[i], 0);
-    EXPECT_EQ(f["B"].m_nHasDraw, 0);
-    EXPECT_EQ(f["B"].m_pPoints, nullptr);
-    EXPECT_EQ(f["N"].m_pPoints, nullptr);
+    EXPECT_EQ(std::tuple(f["B"].m_nHasDraw, f["B"].m_pPoints, f["N"].m_pPoints), std::tuple(0, nullptr, nullptr));
 }
 
 TEST(Calc, ResultsOnlyWidenUntilChange) {
@@ -102,8 +97,7 @@ TEST(Calc, ResultsOnlyWidenUntilChange) {
     f.ind.Calc(0, 10);
     EXPECT_EQ(f["A"].m_nFirst, 4);
     f.ind.Change();
-    EXPECT_EQ(f["A"].m_nFirst, 30000);
-    EXPECT_EQ(f["A"].m_cComputed, 0);
+    EXPECT_EQ(std::tuple(f["A"].m_nFirst, f["A"].m_cComputed), std::tuple(30000, 0));
 }
 
 TEST(Calc, RecursionAfterANarrowedRange) {
@@ -112,9 +106,7 @@ TEST(Calc, RecursionAfterANarrowedRange) {
     Formula f({{"A", "EMA(CLOSE,3)"}, {"B", "MA(CLOSE,4)*0+EMA(CLOSE,3)"},
                {"D", "MA(CLOSE,4)*0+SMA(CLOSE,3,1)"}});
     f.Run(nytest::MakeBars({2, 4, 8, 2, 6, 1, 9}));
-    EXPECT_EQ(f["A"].m_nFirst, 0);
-    EXPECT_EQ(f["B"].m_nFirst, 3);
-    EXPECT_EQ(f["D"].m_nFirst, 3);
+    EXPECT_EQ(std::tuple(f["A"].m_nFirst, f["B"].m_nFirst, f["D"].m_nFirst), std::tuple(0, 3, 3));
     const float sma[] = {2, 3.33333325f, 2.55555558f, 4.70370388f};
     for (int i = 3; i < 7; ++i) {
         EXPECT_EQ(f.At("B", i), f.At("A", i)) << i;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <tuple>
 
 #include "host/clock.h"
 #include "host/files.h"
@@ -58,22 +59,16 @@ TEST_F(InstallationTest, ReadsTheStockListAndSkipsBadLines) {
     ASSERT_EQ(g_MyStocksArray.size(), 5u);
     const CStock* stock = g_MyGetStock(600001);
     ASSERT_NE(stock, nullptr);
-    EXPECT_EQ(stock->m_cMarket, 0);
-    EXPECT_EQ(stock->m_strCode, "600001");
-    EXPECT_EQ(stock->m_strName, "\xB6\xAB\xD4\xC0");  // 东岳 in GBK
-    EXPECT_EQ(stock->m_strPyCode, "DY");
-    EXPECT_EQ(stock->m_dwKind, NY_KIND_SH_A);
-    EXPECT_FLOAT_EQ(stock->m_fCapital, 5000);
-    EXPECT_FLOAT_EQ(stock->GetFinanceValue(94), 5000);
-    EXPECT_FLOAT_EQ(stock->GetFinanceValue(1), 8000);  // the total shares
-    EXPECT_FLOAT_EQ(stock->GetFinanceValue(2), 0);     // no such item
-    EXPECT_FLOAT_EQ(stock->m_fTotalCapital, 8000);
-
+    // 东岳 in GBK; finance item 94 is the tradable shares, 1 the total shares, 2 has no value here.
+    EXPECT_EQ(std::tuple(stock->m_strCode, stock->m_strName, stock->m_strPyCode), std::tuple("600001", "\xB6\xAB\xD4\xC0", "DY"));
+    EXPECT_EQ(std::tuple(stock->GetFinanceValue(94), stock->GetFinanceValue(1), stock->GetFinanceValue(2), stock->m_fTotalCapital),
+              std::tuple(5000.0f, 8000.0f, 0.0f, 8000.0f));
     const CStock* shenzhen = g_MyGetStock(1000002);
     ASSERT_NE(shenzhen, nullptr);
-    EXPECT_EQ(shenzhen->m_cMarket, 1);
-    EXPECT_EQ(shenzhen->m_dwKind, NY_KIND_SZ_A);
-    EXPECT_FLOAT_EQ(shenzhen->m_fCapital, 1200.5f);
+    // Market, kind and tradable shares of each listed share.
+    for (const auto& [share, market, kind, capital] : {std::tuple(stock, 0, NY_KIND_SH_A, 5000.0f),
+                                                       std::tuple(shenzhen, 1, NY_KIND_SZ_A, 1200.5f)})
+        EXPECT_EQ(std::tuple(int(share->m_cMarket), share->m_dwKind, share->m_fCapital), std::tuple(market, kind, capital));
 
     for (const char* fragment : {"line 8: bad code", "line 9: unknown kind", "line 10: expected 4 to 6 fields",
                                  "line 11: stock SH600001 listed twice", "line 12: shares are not numbers"})
