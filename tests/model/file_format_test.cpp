@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "model/file_stream.h"
@@ -60,9 +61,8 @@ TEST(FormulaRecord, FieldsSitAtTheirOffsetsInBothForms) {
             {params + 2 + 38, 7}, {params + 2 + 38 + 18, -9}, {params + 2 + 58 + 32, 32767},
             {params + 2 + 58 + 34, -32768}, {axes, 2}, {axes + 2, 20}, {axes + 4, -80}};
         for (const auto& [at, value] : shorts) EXPECT_EQ(Short(b, at), value) << at;
-        EXPECT_EQ(b[2208 + s], 1);  // draw position
-        EXPECT_EQ(b[2209 + s], 1);  // password flag
-        EXPECT_EQ(b[4002 + s], 3);  // system index
+        // Draw position, password flag and system index are single bytes.
+        EXPECT_EQ(std::tuple(b[2208 + s], b[2209 + s], b[4002 + s]), std::tuple(1, 1, 3));
         EXPECT_EQ(Int(b, head + 546), 0x00FF00FF);
         EXPECT_EQ(Int(b, head + 552 + 546), -1);
     }
@@ -79,12 +79,9 @@ TEST(FormulaRecord, EveryDefinitionFieldSurvivesBothFormsAndTheRestTakesDefaults
         for (const CAxeValue* axe : loaded.m_arAxes) EXPECT_EQ(axe->m_cCritical, 0);
         EXPECT_EQ(loaded.m_IsEditable, 1);
         EXPECT_EQ(loaded.m_nBaseSet, 0);
-        for (const CExpression* expr : loaded.m_arExpressions) {
-            EXPECT_EQ(expr->m_pData, nullptr);
-            EXPECT_EQ(expr->m_pPoints, nullptr);
-            EXPECT_EQ(expr->m_cComputed, 0);
-            EXPECT_EQ(expr->m_nFirst, 30000);
-        }
+        for (const CExpression* expr : loaded.m_arExpressions)
+            EXPECT_EQ(std::tuple(expr->m_pData, expr->m_pPoints, expr->m_cComputed, expr->m_nFirst),
+                      std::tuple(nullptr, nullptr, 0, 30000));
     }
 }
 
@@ -126,10 +123,8 @@ TEST(FormulaText, LoadStopsAtTheFirstZeroAndDropsTheLastByteOfAFullField) {
     std::memcpy(b.data() + 3746, password, sizeof(password));
     CIndicator loaded;
     LoadBytes(loaded, b, FALSE);
-    EXPECT_EQ(loaded.m_strPassword, "pw");
-    EXPECT_EQ(loaded.m_strName, std::string(31, 'X'));
-    EXPECT_EQ(loaded.m_strTitle, std::string(127, 'T'));
-    EXPECT_EQ(loaded.m_strUsage, std::string(1023, 'U'));
+    EXPECT_EQ(std::tuple(loaded.m_strPassword, loaded.m_strName, loaded.m_strTitle, loaded.m_strUsage),
+              std::tuple("pw", std::string(31, 'X'), std::string(127, 'T'), std::string(1023, 'U')));
 }
 
 TEST(DamagedRecord, TruncationAtEveryByteLoadsWhatIsThere) {
@@ -149,10 +144,8 @@ TEST(DamagedRecord, TruncationAtEveryByteLoadsWhatIsThere) {
     // A cut inside a statement keeps its leading fields and zeroes the rest.
     CIndicator cut;
     LoadBytes(cut, Bytes(full.begin(), full.begin() + 4009 + 40), FALSE);
-    EXPECT_EQ(cut.m_arExpressions[0]->m_strName, "MA1");
-    EXPECT_EQ(cut.m_arExpressions[0]->m_strText, "MA(CLOSE");
-    EXPECT_EQ(cut.m_arExpressions[0]->m_lColor, 0);
-    EXPECT_EQ(cut.m_arExpressions[0]->m_nWidth, 0);
+    const CExpression& first = *cut.m_arExpressions[0];
+    EXPECT_EQ(std::tuple(first.m_strName, first.m_strText, first.m_lColor, first.m_nWidth), std::tuple("MA1", "MA(CLOSE", 0, 0));
 }
 
 TEST(DamagedRecord, HugeCountStopsAtTheEndAndNegativeCountLoadsNothing) {
@@ -187,9 +180,7 @@ TEST(FileHeader, WritesReservedCountAndMagicAndReadsTheFirstFourMagicBytes) {
     ny::WriteFormulaHeader(stream, 1, 3);
     EXPECT_EQ(stream.Bytes(), (Bytes{1, 0, 3, 0, 'm', 'y', 'o', 'k', 0, 0, 0, 0}));
     const ny::FormulaFileHeader header = ny::ReadFormulaHeader(stream);
-    EXPECT_TRUE(header.magicOk);
-    EXPECT_EQ(header.reserved, 1);
-    EXPECT_EQ(header.count, 3);
+    EXPECT_EQ(std::tuple(header.magicOk, header.reserved, header.count), std::tuple(true, 1, 3));
     const std::pair<Bytes, bool> cases[] = {{{0, 0, 0, 0, 'm', 'y', 'o', 'k', 'x', 'y', 'z', 'w'}, true},
                                             {{0, 0, 0, 0, 'm', 'y', 'o', 'K', 0, 0, 0, 0}, false},
                                             {{0, 0, 1, 0, 'm', 'y', 'o'}, false}};

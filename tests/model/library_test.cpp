@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "host/files.h"
@@ -128,9 +129,8 @@ TEST_F(Library, StartReadsSystemBaseAndUserFilesWithTheirSettings) {
         {"SYS", 0, 2, 0, ""}, {"BASEIND", 0, 6, 1, ""}, {"BASECOND", 1, 6, 1, ""}, {"MINE", 0, 7, 0, ""},
         {"MA", 0, 0, 0, "system"}, {"MA", 1, 0, 0, "user condition"}};
     for (const auto& f : loaded) {
-        EXPECT_EQ(g_MyGetIndicator(f.name, f.kind)->m_SubType, f.group) << f.name;
-        EXPECT_EQ(g_MyGetIndicator(f.name, f.kind)->m_nBaseSet, f.baseSet) << f.name;
-        EXPECT_EQ(g_MyGetIndicator(f.name, f.kind)->m_strTitle, f.title) << f.name;
+        const CIndicator* got = g_MyGetIndicator(f.name, f.kind);
+        EXPECT_EQ(std::tuple(got->m_SubType, got->m_nBaseSet, got->m_strTitle), std::tuple(f.group, f.baseSet, f.title)) << f.name;
     }
     EXPECT_TRUE(ny::RecordedMessages().empty());
 }
