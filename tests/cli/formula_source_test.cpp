@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "host/encoding.h"
 #include "model/formula_source.h"
 
@@ -27,23 +29,17 @@ TEST(FormulaSource, ReadsEveryFieldIntoTheDefinition) {
     CIndicator f;
     ny::FormulaSourceError error;
     ASSERT_TRUE(ny::ParseFormulaSource(ny::GbkToUtf8(kExample), &f, &error)) << error.line << " " << error.message;
-    EXPECT_EQ(f.m_strName, "TESTX");
-    EXPECT_EQ(f.m_MainType, 0);
-    EXPECT_EQ(f.m_SubType, 2);
-    EXPECT_EQ(f.m_strTitle, "测试指标");
-    EXPECT_EQ(f.m_cDrawPos, 1);
+    EXPECT_EQ(std::tuple(f.m_strName, f.m_MainType, f.m_SubType, f.m_strTitle, f.m_cDrawPos),
+              std::tuple("TESTX", 0, 2, "测试指标", 1));
     ASSERT_EQ(f.m_arParams.size(), 2u);
-    EXPECT_EQ(f.m_arParams[1]->m_strName, "M");
-    EXPECT_EQ(f.m_arParams[1]->m_nMin, -5);
-    EXPECT_EQ(f.m_arParams[1]->m_nMax, 5);
-    EXPECT_EQ(f.m_arParams[1]->m_nDefault, 0);
+    const CParam& m = *f.m_arParams[1];
+    EXPECT_EQ(std::tuple(m.m_strName, m.m_nMin, m.m_nMax, m.m_nDefault), std::tuple("M", -5, 5, 0));
     EXPECT_EQ(f.m_strAxes, "-20; 0;80");
     ASSERT_EQ(f.m_arAxes.size(), 3u);
-    EXPECT_EQ(f.m_arAxes[0]->m_nValue, -20);
-    EXPECT_EQ(f.m_arAxes[2]->m_nValue, 80);
-    EXPECT_EQ(f.m_strExtra, "周期 Param#1\r\n偏移 Param#2");
-    EXPECT_EQ(f.m_strUsage, "第一行\r\n第二行");
-    EXPECT_EQ(f.m_strSource, "A:MA(C,N);\r\nB:A+M;");
+    EXPECT_EQ(std::tuple(f.m_arAxes[0]->m_nValue, f.m_arAxes[2]->m_nValue), std::tuple(-20, 80));
+    // Blank lines around a section's text and blanks at line ends are left out; lines end in CR LF.
+    EXPECT_EQ(std::tuple(f.m_strExtra, f.m_strUsage, f.m_strSource),
+              std::tuple("周期 Param#1\r\n偏移 Param#2", "第一行\r\n第二行", "A:MA(C,N);\r\nB:A+M;"));
     EXPECT_TRUE(f.m_arExpressions.empty());
 }
 

@@ -2,6 +2,7 @@
 // password from the boxes to the library and the user's file; every refusal with its text.
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "dialogs/formula_dialog.h"
@@ -79,23 +80,14 @@ TEST_F(DialogsTest, NewFormulaPassesTheTestAndGoesIntoTheLibraryAndTheUsersFile)
     g_MyInitIndicator();
     const CIndicator* f = g_MyGetIndicator("MYF", 0);
     ASSERT_NE(f, nullptr);
-    EXPECT_EQ(f->m_strTitle, "我的均线");
-    EXPECT_EQ(f->m_SubType, 7);
-    EXPECT_EQ(f->m_SysIndex, 0);
-    EXPECT_EQ(f->m_cDrawPos, 0);
-    EXPECT_EQ(f->m_strPassword, "pw");
-    EXPECT_EQ(f->m_strAxes, "20;80;");
-    ASSERT_EQ(f->m_arAxes.size(), 2u);
-    EXPECT_EQ(f->m_arAxes[0]->m_nValue, 20);
-    EXPECT_EQ(f->m_arAxes[1]->m_nValue, 80);
-    const struct { const char* name; short lo, hi, def; } params[] = {{"N", 1, 100, 10}, {"M", 2, 50, 20}};
-    ASSERT_EQ(f->m_arParams.size(), 2u);
-    for (size_t i = 0; i < 2; ++i) {
-        EXPECT_EQ(f->m_arParams[i]->m_strName, params[i].name);
-        EXPECT_EQ(f->m_arParams[i]->m_nMin, params[i].lo);
-        EXPECT_EQ(f->m_arParams[i]->m_nMax, params[i].hi);
-        EXPECT_EQ(f->m_arParams[i]->m_nDefault, params[i].def);
-    }
+    EXPECT_EQ(std::tuple(f->m_strTitle, f->m_SubType, f->m_SysIndex, f->m_cDrawPos, f->m_strPassword, f->m_strAxes),
+              std::tuple("我的均线", 7, 0, 0, "pw", "20;80;"));
+    std::vector<short> axes;
+    for (const CAxeValue* axe : f->m_arAxes) axes.push_back(axe->m_nValue);
+    EXPECT_EQ(axes, (std::vector<short>{20, 80}));
+    std::vector<std::tuple<CString, short, short, short>> params;
+    for (const CParam* p : f->m_arParams) params.emplace_back(p->m_strName, p->m_nMin, p->m_nMax, p->m_nDefault);
+    EXPECT_EQ(params, (std::vector<std::tuple<CString, short, short, short>>{{"N", 1, 100, 10}, {"M", 2, 50, 20}}));
     ASSERT_EQ(f->m_arExpressions.size(), 2u);
     EXPECT_EQ(f->m_arExpressions[0]->m_strName, "MA1");
     EXPECT_EQ(f->m_arExpressions[1]->m_strText, "MA(CLOSE,M)");
