@@ -9,13 +9,7 @@
 namespace {
 
 CPowerData Event(int date, float profit, float give, float pei = 0, float peiPrice = 0) {
-    CPowerData record;
-    record.m_lDate = date;
-    record.m_fProfit = profit;
-    record.m_fGive = give;
-    record.m_fPei = pei;
-    record.m_fPeiPrice = peiPrice;
-    return record;
+    return {.m_lDate = date, .m_fGive = give, .m_fPei = pei, .m_fPeiPrice = peiPrice, .m_fProfit = profit};
 }
 
 TEST(PowerAdjust, DividendBonusAndRightsInThatOrder) {

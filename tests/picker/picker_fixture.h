@@ -98,12 +98,7 @@ inline void ExpectBar(const CHisDay& bar, const std::string& fields) {
 }
 
 inline CPowerData Event(int date, float profit, float give = 0, float capital = 0) {
-    CPowerData record;
-    record.m_lDate = date;
-    record.m_fProfit = profit;
-    record.m_fGive = give;
-    record.m_fCapital = capital;
-    return record;
+    return {.m_lDate = date, .m_fGive = give, .m_fProfit = profit, .m_fCapital = capital};
 }
 
 // A small installation: the stock list given, no quotes unless written.
