@@ -308,6 +308,40 @@ void PlotBackground(const CExpression& s, Shapes* out) {
     out->push_back(std::move(fill));
 }
 
+// DRAWSIGN: an entry mark (red, under the low) or exit mark (green, over the high) at each bar
+// whose f1 holds a direction, the core text in the top left corner, red while the expert is long,
+// and with the flag on a "多" under or a "空" over the last bar for the position held there.
+void PlotSigns(const CExpression& s, const PlotContext& c, Shapes* out) {
+    constexpr int kLong = 1, kShort = 2;
+    const bool longNow = s.m_strDrawText.rfind("看多", 0) == 0;
+    if (DrawArg(s, 0) != 0 && !s.m_strDrawText.empty()) {
+        PlotShape text = TextAt({0.01, 0.04}, s.m_strDrawText, longNow ? c.theme->up : c.theme->down, TextAlign::Left);
+        text.paneFraction = true;
+        out->push_back(std::move(text));
+    }
+    int position = 0;
+    for (int bar = c.firstBar; bar < c.endBar; ++bar) {
+        const int direction = InRange(s, bar) ? static_cast<int>(DrawValue(s, bar, 1)) : 0;
+        const int state = InRange(s, bar) && DrawArg(s, 0) != 0 ? static_cast<int>(DrawValue(s, bar, 0)) : 0;
+        if (direction == kLong || direction == kShort) position = direction;
+        else if (state == kLong || state == kShort) position = state;
+        if (direction != kLong && direction != kShort) continue;
+        const bool entry = direction == kLong;
+        const CHisDay& b = c.bars[bar];
+        PlotShape mark = MarkerAt({double(bar), entry ? b.m_fLow : b.m_fHigh}, entry ? Marker::TriangleUp : Marker::TriangleDown,
+                                  entry ? c.theme->up : c.theme->down, kIconSize);
+        mark.lift = entry ? -kIconSize - 3 : kIconSize + 3;  // clear of the wick
+        out->push_back(std::move(mark));
+    }
+    if (DrawParam<int16_t>(s, 0) != 1 || position == 0 || c.endBar <= c.firstBar) return;
+    const CHisDay& last = c.bars[c.endBar - 1];
+    const bool isLong = position == kLong;
+    PlotShape flag = TextAt({c.endBar - 0.5, isLong ? last.m_fLow : last.m_fHigh}, isLong ? "多" : "空",
+                            isLong ? c.theme->up : c.theme->down, TextAlign::Right);
+    flag.lift = isLong ? -3 * kIconSize - 6 : 3 * kIconSize + 6;  // clear of the bar and its mark
+    out->push_back(std::move(flag));
+}
+
 }  // namespace
 
 bool HasPlotValue(const CExpression& s, int bar) {
@@ -343,7 +377,8 @@ void PlotStatement(const CExpression& s, Colour colour, const PlotContext& c, Sh
         case kDrawNumber: return PlotNumbers(s, colour, c, out);
         case kDrawBitmap: return PlotPictures(s, colour, c, out);
         case kDrawBackground: return PlotBackground(s, out);
-        default: return;  // tips and signals have nothing to draw on a still picture
+        case kDrawSign: return PlotSigns(s, c, out);
+        default: return;  // tips have nothing to draw on a still picture
     }
 }
 

@@ -6,7 +6,7 @@ namespace ny {
 
 enum DrawKind : short {
     kDrawPolyline = 20, kDrawLine = 21, kDrawCandle = 22, kDrawStick = 23, kDrawBand = 24,
-    kDrawIcon = 25, kDrawText = 26, kDrawFixedText = 27, kDrawHitTip = 28, kDrawBitmap = 30,
+    kDrawIcon = 25, kDrawText = 26, kDrawFixedText = 27, kDrawHitTip = 28, kDrawSign = 29, kDrawBitmap = 30,
     kDrawBackground = 31, kDrawNumber = 33, kDrawRegion = 40
 };
 

@@ -9,8 +9,10 @@
 #include <string>
 
 #include "engine/draw_kind.h"
+#include "engine/eval_code.h"
 #include "engine/eval_context.h"
 #include "engine/eval_util.h"
+#include "engine/function_util.h"
 #include "engine/series_pool.h"
 #include "model/indicator.h"
 
@@ -44,6 +46,7 @@ public:
     float TruthAt(int i) const { return (isSeries ? truth()[i] : truth()[0]) ? 1.0f : 0.0f; }
     // The value at the first bar of the range, as the buffer holds it there.
     float AtFirstBar() const { return from >= 0 && from < m_count ? values()[from] : 0.0f; }
+    short count() const { return m_count; }
 
 private:
     PooledBuffer m_buffer;
@@ -54,6 +57,20 @@ public:
     short to;
     char isSeries = 0;
 };
+
+// A switch argument of DRAWGBK and DRAWSIGN, read into a zeroed buffer: code 16 for a constant 0
+// whose reading failed; no other code of the reading counts.
+inline char ReadSwitchArgument(CIndicator& ind, Operand& a, bool last) {
+    const char rc = ind.ReadValueArgument(a.values(), &a.from, &a.to, &a.isSeries, 1, last);
+    return !a.isSeries && a.values()[0] == 0.0f && rc != 0 ? NY_EVAL_CONSTANT_ARGUMENT : 0;
+}
+
+// The switch's whole number at a bar is above 0; a constant 1 is 1 wherever the range starts,
+// any other constant counts only where its buffer holds it.
+inline bool SwitchOn(const Operand& a, short bar) {
+    if (!a.isSeries && a.values()[0] == 1.0f) return true;
+    return bar >= 0 && bar < a.count() && TruncToInt(a.values()[bar]) > 0;
+}
 
 class DrawRecord {
 public:

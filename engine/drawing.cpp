@@ -54,10 +54,8 @@ char ReadWholeArgument(CIndicator& ind, Operand& a, bool last, int* value) {
 // A switch of DRAWGBK: a whole number from the value at the first bar of the range; a constant 1
 // is 1 wherever the range starts. A constant 0 whose reading failed gives 16.
 char ReadSwitch(CIndicator& ind, Operand& a, bool last, bool* on) {
-    const char rc = ReadValue(ind, a, last);
-    if (!a.isSeries && a.values()[0] == 0.0f && rc != 0) return NY_EVAL_CONSTANT_ARGUMENT;
-    const int value = !a.isSeries && a.values()[0] == 1.0f ? 1 : ny::TruncToInt(a.AtFirstBar());
-    *on = value > 0;
+    if (const char rc = ny::ReadSwitchArgument(ind, a, last)) return rc;
+    *on = ny::SwitchOn(a, a.from);
     return 0;
 }
 
@@ -86,6 +84,7 @@ char CIndicator::ReadDrawFunc(char* word, float* out, short* from, short* to, ch
         {"DRAWHITTIP", &CIndicator::ReadDrawFunc_HITTIP},
         {"DRAWBMP", &CIndicator::ReadDrawFunc_BMP},
         {"DRAWGBK", &CIndicator::ReadDrawFunc_BACKGBK},
+        {"DRAWSIGN", &CIndicator::ReadDrawFunc_DRAWSIGN},
     };
     if (std::strcmp(word, "DRAWNULL") == 0) {
         const ny::BarSpan span(*from, *to, m_nBarCount);

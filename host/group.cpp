@@ -60,6 +60,7 @@ std::vector<int> CGroup::ReadGroupFile(const CString& category, const CString& n
 
 void CGroup::init() {
     m_arStockIDs.clear();
+    m_Strategy.m_strPath = m_strCategory == NY_GROUP_STRATEGY ? CStrategyData::GetStrategyFilePath(m_strName) : CString();
     for (int id : ReadGroupFile(m_strCategory, m_strName))
         if (g_MyGetStock(id) != nullptr) m_arStockIDs.push_back(id);
     if (m_nSortColumn < 0) return;

@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "host/strategy.h"
 #include "host/types.h"
 
 class CStock;
@@ -18,9 +19,11 @@ public:
     short m_nSortColumn = -1;  // a CStock::GetValue code to sort by; -1 keeps the stored order
     char m_cSortOrder = 1;     // 1 rising, -1 falling
     std::vector<int> m_arStockIDs;  // filled by init(): the known stocks of the block
+    CStrategyData m_Strategy;       // a decision block's table: init() names its file, Load() reads it
 
     // Reads the block of m_strCategory and m_strName: a missing block is empty. Ids that are not
-    // stocks of the installation are left out. Sorted when a sort column is set.
+    // stocks of the installation are left out. Sorted when a sort column is set. For a decision
+    // block, points m_Strategy at the block's table.
     void init();
     // Position of a stock in m_arStockIDs, from 0; -1 if it is not there.
     int ID2Pos(long id) const;

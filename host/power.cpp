@@ -71,4 +71,10 @@ std::string EncodePower(const std::vector<CPowerData>& records) {
     return bytes;
 }
 
+float ScaleForEvent(float factor, const CPowerData& record, float closeBefore) {
+    const float adjusted = record.Adjust(closeBefore);
+    if (closeBefore <= 0 || g_MyValueIsZero(adjusted - closeBefore, 0.0001f)) return factor;
+    return factor * adjusted / closeBefore;
+}
+
 }  // namespace ny

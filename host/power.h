@@ -36,6 +36,10 @@ int g_MyLoadPowerById(std::vector<CPowerData>& records, long id);
 BOOL g_MyValueIsZero(float value, float tolerance);
 
 namespace ny {
+// The price factor of the bars before an ex-rights event, given the factor of the bars after it:
+// multiplied by the adjusted over the stored close of the day before the event. Left alone when
+// that close can't be scaled (0 or below) or the event doesn't change it (within 0.0001).
+float ScaleForEvent(float factor, const CPowerData& record, float closeBefore);
 // The records of an ex-rights file as stored, oldest first.
 std::vector<CPowerData> ReadPowerFile(const std::string& path);
 // The first impossible record, as "record N: what" (N from 1 in the file's order, oldest first;

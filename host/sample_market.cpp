@@ -16,6 +16,7 @@
 #include "host/power.h"
 #include "host/stock_tables.h"
 #include "host/stockdb.h"
+#include "host/strategy.h"
 
 namespace ny {
 
@@ -149,6 +150,8 @@ private:
     void MakeQuote(const Instrument& item, CStock* stock);
     bool WriteAll(std::string* error);
     bool WriteBlocks(std::string* error);
+    bool WriteStrategyTables(std::string* error);
+    bool WriteExpertFiles(std::string* error);
     bool WriteInfoFiles(std::string* error);
     bool Write(const std::string& relative, const std::string& bytes, std::string* error);
 
@@ -660,6 +663,77 @@ bool Generator::WriteInfoFiles(std::string* error) {
     return true;
 }
 
+// Decision blocks with their strategy tables. "趋势评分" holds every third A share with at least
+// 21 bars, ranked by its rise in percent over the last 20 bars; "低波精选" every fifth one,
+// ranked by its mean daily range (high - low over close, in percent) over the last 20 bars, lowest
+// first. Rows stand in rank order, and the block lists the same stocks in that order.
+bool Generator::WriteStrategyTables(std::string* error) {
+    struct Pick {
+        const Instrument* item;
+        double score;
+    };
+    const std::vector<CStrategyData::Column> columns = {{"评分", NY_STRATEGY_DECIMAL},
+                                                        {"排名", NY_STRATEGY_WHOLE},
+                                                        {"信号", NY_STRATEGY_TEXT},
+                                                        {"入选日期", NY_STRATEGY_DATE}};
+    for (const int every : {3, 5}) {
+        const bool trend = every == 3;
+        std::vector<Pick> picks;
+        int shares = 0;
+        for (const Instrument& item : m_items) {
+            if (item.kind != Kind::Share || shares++ % every != 0 || item.days.size() < 21) continue;
+            const size_t n = item.days.size();
+            double range = 0;
+            for (size_t d = n - 20; d < n; ++d)
+                range += (item.days[d].m_fHigh - item.days[d].m_fLow) / item.days[d].m_fClose;
+            const double rise = item.days[n - 1].m_fClose / item.days[n - 21].m_fClose - 1.0;
+            picks.push_back({&item, Round2(100.0 * (trend ? rise : range / 20))});
+        }
+        std::stable_sort(picks.begin(), picks.end(), [trend](const Pick& a, const Pick& b) {
+            return trend ? a.score > b.score : a.score < b.score;
+        });
+        std::vector<CStrategyData::Row> rows;
+        std::vector<int> ids;
+        for (const Pick& pick : picks) {
+            char score[32];
+            std::snprintf(score, sizeof(score), "%.2f", pick.score);
+            const char* signal = !trend ? "持有" : pick.score > 5 ? "买入" : pick.score < -5 ? "卖出" : "持有";
+            const std::string rank = std::to_string(rows.size() + 1);
+            rows.push_back({pick.item->id, {score, rank, signal, std::to_string(m_days.back())}});
+            ids.push_back(pick.item->id);
+        }
+        const CString name = trend ? "趋势评分" : "低波精选";
+        if (!CGroup::CreateGroup(NY_GROUP_STRATEGY, name, ids) ||
+            !Write(Relative(CStrategyData::GetStrategyFilePath(name)), CStrategyData::Encode(columns, rows), error)) {
+            *error = "can't write the strategy table " + CStrategyData::GetStrategyFilePath(name);
+            return false;
+        }
+    }
+    return true;
+}
+
+// The expert file of each A share: the SAR expert (kind 0) with a step of 0.02, except for every
+// twentieth share from the eighth on, whose file names kind 1, which the expert doesn't serve, and
+// every twentieth from the fourteenth on, which has none.
+bool Generator::WriteExpertFiles(std::string* error) {
+    int shares = 0;
+    for (const Instrument& item : m_items) {
+        if (item.kind != Kind::Share) continue;
+        const int slot = shares++ % 20;
+        if (slot == 13) continue;
+        std::string bytes;
+        StoreInt(&bytes, item.id);
+        StoreInt(&bytes, 0);
+        bytes.push_back(slot == 7 ? 1 : 0);
+        StoreFloat(&bytes, 0.02f);
+        bytes.resize(37, '\0');
+        CStock stock;
+        stock.m_lStockID = item.id;
+        if (!Write(Relative(stock.GetOptInfoFilePathLocal()), bytes, error)) return false;
+    }
+    return true;
+}
+
 bool Generator::Run(std::string* error) {
     if (m_options.stockCount < 1 || m_days.size() < 2 || m_options.minuteDays < 1 || m_options.orderFlowDays < 1 ||
         m_options.minuteDays > static_cast<int>(m_days.size()) ||
@@ -681,7 +755,8 @@ bool Generator::Run(std::string* error) {
     // Paths of stock files and blocks are made under g_MyExePath: point it here for a while.
     const CString savedPath = g_MyExePath;
     g_MyExePath = m_dir;
-    const bool written = WriteAll(error) && WriteBlocks(error) && WriteInfoFiles(error);
+    const bool written = WriteAll(error) && WriteBlocks(error) && WriteInfoFiles(error) &&
+                         WriteStrategyTables(error) && WriteExpertFiles(error);
     g_MyExePath = savedPath;
     if (!written) return false;
     std::string readme = std::string(kSampleMarketLabel) +

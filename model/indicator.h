@@ -284,12 +284,20 @@ public:
     char ReadDrawFunc_FILLRGN(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
     char ReadDrawFunc_HITTIP(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
     char ReadDrawFunc_BMP(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadDrawFunc_DRAWSIGN(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
     char ReadDrawFunc_BACKGBK(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
 
     // Turning points: the zigzag, its peaks and troughs, and the stop-and-reverse line.
     char ReadZIG(char* word, float* out, short* from, short* to, char permission, char* isSeries);
     char ReadPEAK(char* word, float* out, short* from, short* to, char permission, char* isSeries);
     char ReadSAR(char* word, float* out, short* from, short* to, char permission, char* isSeries);
+
+    // Blocks and strategy tables: one number for now in out[0], from quoted group and column names.
+    char ReadINModule(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadModuleSORT(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadSTRATEGY(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadSTRATEGYSTRCMP(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
+    char ReadSTRATEGYSORT(char* word, float* out, short* from, short* to, char permission, char* isSeries, CExpression* expr);
 
     // The chip distribution: WINNER and COST.
     char ReadWINNER(char* word, float* out, short* from, short* to, char permission, char* isSeries);

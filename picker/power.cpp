@@ -57,10 +57,7 @@ void CBarLoader::ApplyEvents(int r, int& index, CPowerData& record, float& facto
     const int t0 = DayOfBar(m_pHisData[r - 1].m_lTime);
     while (index >= 0) {
         if (record.m_lDate > t1 || record.m_lDate <= t0) return;
-        const float close = m_pHisData[r - 1].m_fClose;
-        const float adjusted = record.Adjust(close);
-        // A close of 0 or below can't be scaled; the event then leaves the factor alone.
-        if (close > 0 && !g_MyValueIsZero(adjusted - close, 0.0001f)) factor = factor * adjusted / close;
+        factor = ny::ScaleForEvent(factor, record, m_pHisData[r - 1].m_fClose);
         index = GetNextCQ(index, record, 0);
     }
 }

@@ -2,6 +2,7 @@
 // built from the same rows), the syntax test and the evaluator's chain of words. A word added to
 // one of them and not the others fails here.
 
+#include <map>
 #include <set>
 #include <string>
 
@@ -71,6 +72,11 @@ TEST_F(WordTable, EveryChainWordIsKnownToTheEditorUnlessReserved) {
         }
 }
 
+// Words whose arguments are quoted names (a missing quote is code 7): a call the evaluator takes.
+const std::map<std::string, std::string> kLiteralCalls = {{"INMODULE", "INMODULE('行业','银行')"},
+                                                          {"MODULESETNUM", "MODULESETNUM('行业','银行')"},
+                                                          {"MODULESORT", "MODULESORT('行业','',14,0)"}};
+
 // The argument count of each row is the evaluator's: the row's count is read without a count
 // failure, one argument more fails with the count code. Words not evaluated yet end as unknown.
 TEST_F(WordTable, ArgumentCountsAgreeWithTheEvaluator) {
@@ -83,6 +89,13 @@ TEST_F(WordTable, ArgumentCountsAgreeWithTheEvaluator) {
         const ny::WordGroup* group = ny::FindBuiltInWord(Stem(row.name).c_str());
         if (group == nullptr) return;
         const bool evaluated = group->reader != nullptr || group->drawReader != nullptr;
+        const auto literal = kLiteralCalls.find(row.name);
+        if (literal != kLiteralCalls.end()) {
+            const std::string& call = literal->second;
+            EXPECT_NE(nytest::ReadValue(ind, call).code, NY_EVAL_UNKNOWN_WORD) << call;
+            EXPECT_EQ(nytest::ReadValue(ind, call.substr(0, call.size() - 1) + ",1)").code, NY_EVAL_ARGUMENT_COUNT) << call;
+            return;
+        }
         int count = row.argCount;
         char code = nytest::ReadValue(ind, Call(row.name, count)).code;
         // A row of no arguments that the lexer reads as a plain word even before "(" (NOT) is

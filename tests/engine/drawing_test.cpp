@@ -122,7 +122,10 @@ const DrawRow kRows[] = {
      }},
     {"MA(STICKLINE(C>O,0,C,1,0),5)", NY_EVAL_DRAW_NESTED, 0, nullptr, {}, nullptr},
     {"IF(C>O,C,DRAWNULL)", NY_EVAL_OK, 0, "-1e36 12 -1e36 13", {}, nullptr},
-    {"DRAWSIGN(1,1,1)", NY_EVAL_UNKNOWN_WORD, 0, nullptr, {}, nullptr},
+    // No stock behind the bars: the expert can't run, and says so in the corner.
+    {"DRAWSIGN(1,1,1)", NY_EVAL_OK, 29, nullptr, {},
+     [](const CExpression& e) { EXPECT_EQ(e.m_strDrawText, "该股不适合本系统的的优化模型."); }},
+    {"DRAWSIGN(1,1,0)", NY_EVAL_CONSTANT_ARGUMENT, 0, nullptr, {}, nullptr},
 };
 
 TEST(Drawing, FieldsOfEachCommand) {
