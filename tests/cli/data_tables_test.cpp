@@ -42,7 +42,9 @@ TEST(NyindDataTables, ImportGoodFilesAndRefuseBadOnesWhole) {
                                   (dir.path() / "in.csv").string());
         EXPECT_EQ(r.status, row.status) << r.err;
         const std::string after = ReadText(file);
-        if (row.status != 0) EXPECT_EQ(after, before);
+        if (row.status != 0) {
+            EXPECT_EQ(after, before);
+        }
         for (const std::string& text : row.shown)
             EXPECT_NE((r.out + r.err + after).find(ny::GbkToUtf8(text)), std::string::npos) << text;
     }

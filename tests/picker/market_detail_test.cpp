@@ -125,7 +125,9 @@ TEST_F(CatalogSweep, EveryWordRunsAndTheDataWordsReadTheFiles) {
             const std::string call = PlausibleCall(row), stem = call.substr(0, call.find('('));
             const nytest::Reading r = Read(call);
             EXPECT_EQ(r.code == NY_EVAL_UNKNOWN_WORD, pending.count(stem) == 1) << call << " " << int(r.code);
-            if (stem == "DYNAINFO" || stem == "FINANCE") EXPECT_EQ(kData.count(call), 1u) << call;
+            if (stem == "DYNAINFO" || stem == "FINANCE") {
+                EXPECT_EQ(kData.count(call), 1u) << call;
+            }
             if (stem != "MFLOW") continue;
             const int n = std::atoi(call.c_str() + 6);
             const auto [first, count] = n <= 24 ? std::pair(n, 1) : kFlowSums.count(n) ? kFlowSums.at(n) : std::pair(0, 0);
