@@ -32,8 +32,8 @@ void CTradeS_SAR::Calc(const std::vector<CHisDay>& bars) {
         bool isLong = true;
         for (size_t i = 0; i < bars.size(); ++i) {
             const CHisDay& bar = bars[i];
-            const float turnLine = i < 2 ? bars[0].m_fLow : m_arUnits[i - 1].m_fSAR;
-            const float previous = i == 0 ? bars[0].m_fLow : m_arUnits[i - 1].m_fSAR;
+            const float turnLine = i < 2 ? float{bars[0].m_fLow} : float{m_arUnits[i - 1].m_fSAR};
+            const float previous = i == 0 ? float{bars[0].m_fLow} : float{m_arUnits[i - 1].m_fSAR};
             const bool rising = isLong ? bar.m_fHigh > extreme : bar.m_fLow < extreme;
             if (rising) {
                 af += m_fStep;
