@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <limits>
 
 #include "chart/statement_shapes.h"
@@ -23,9 +24,10 @@ constexpr double kComfortableSpacing = 7;  // pixels per bar when the caller lea
 constexpr double kTickSpacing = 30;        // pixels between value labels, at least
 constexpr double kHeadroom = 0.06;         // share of a scale kept free above and below the values
 
-// Panes' shares of the height, with and without the formula's own pane.
-constexpr double kSharesWithOwnPane[] = {0.55, 0.17, 0.28};
-constexpr double kSharesWithoutOwnPane[] = {0.72, 0.28};
+// The main pane's share of the height by the number of panes below it; from five on it keeps the last.
+constexpr double kMainShares[] = {1.0, 0.72, 0.55, 0.46, 0.40, 0.34};
+// The volume pane's height beside a formula's pane below the main pane: volume columns read well lower.
+constexpr double kVolumeWeight = 0.17 / 0.28;
 
 struct TitlePart {
     std::string text;
@@ -132,7 +134,8 @@ PaneDraft MainPane(const ChartRequest& r, const PlotContext& c) {
     }
     if (!r.label.empty()) pane.title.push_back({r.label, c.theme->text});
     if (r.mainFormula != nullptr) AddFormula(*r.mainFormula, c, false, &pane);
-    if (r.formula != nullptr && r.formula->m_cDrawPos == 1) AddFormula(*r.formula, c, false, &pane);
+    for (const CIndicator* formula : r.formulas)
+        if (formula != nullptr && formula->m_cDrawPos == 1) AddFormula(*formula, c, false, &pane);
     return pane;
 }
 
@@ -283,6 +286,19 @@ ChartPane FinishPane(const PaneDraft& draft, const PlotContext& c, double top, d
     return pane;
 }
 
+// Heights of `count` panes sharing `total` pixels: the main pane's share, and the rest split among
+// the panes below, the volume pane lower than a formula's.
+std::vector<double> PaneHeights(double total, bool volumePane, size_t count) {
+    const size_t below = count - 1;
+    const double mainShare = kMainShares[std::min(below, std::size(kMainShares) - 1)];
+    const bool lowVolume = volumePane && below > 1;
+    const double weights = below - (lowVolume ? 1 - kVolumeWeight : 0);
+    std::vector<double> heights{total * mainShare};
+    for (size_t pane = 1; pane < count; ++pane)
+        heights.push_back(total * (1 - mainShare) * (pane == 1 && lowVolume ? kVolumeWeight : 1) / weights);
+    return heights;
+}
+
 }  // namespace
 
 const ChartTheme& DarkTheme() {
@@ -308,18 +324,24 @@ ChartScene BuildChartScene(const ChartRequest& r) {
     const int wanted = r.barsShown > 0 ? r.barsShown : static_cast<int>(plotWidth / kComfortableSpacing);
     PlotContext context{r.bars, r.barCount - std::clamp(wanted, 1, r.barCount), r.barCount, r.theme};
 
-    std::vector<PaneDraft> drafts{MainPane(r, context), VolumePane(r, context)};
-    const bool ownPane = r.formula != nullptr && r.formula->m_cDrawPos != 1;
-    if (ownPane) {
-        drafts.emplace_back();
-        AddFormula(*r.formula, context, true, &drafts.back());
+    std::vector<PaneDraft> drafts{MainPane(r, context)};
+    std::vector<int> formulaOfPane{-1};
+    if (r.volumePane) {
+        drafts.push_back(VolumePane(r, context));
+        formulaOfPane.push_back(-1);
     }
-    const double* shares = ownPane ? kSharesWithOwnPane : kSharesWithoutOwnPane;
-    const double total = r.size.height - kTimeAxisHeight - kMargin;
+    for (size_t i = 0; i < r.formulas.size(); ++i)
+        if (r.formulas[i] != nullptr && r.formulas[i]->m_cDrawPos != 1) {
+            drafts.emplace_back();
+            AddFormula(*r.formulas[i], context, true, &drafts.back());
+            formulaOfPane.push_back(static_cast<int>(i));
+        }
+    const std::vector<double> heights = PaneHeights(r.size.height - kTimeAxisHeight - kMargin, r.volumePane, drafts.size());
     double top = kMargin / 2;
     for (size_t i = 0; i < drafts.size(); ++i) {
-        scene.panes.push_back(FinishPane(drafts[i], context, top, total * shares[i], scene, *r.theme, &scene.overlay));
-        top += total * shares[i];
+        scene.panes.push_back(FinishPane(drafts[i], context, top, heights[i], scene, *r.theme, &scene.overlay));
+        scene.panes.back().formula = formulaOfPane[i];
+        top += heights[i];
     }
     AddTimeAxis(r, scene.panes.back(), scene.fontPixels, &scene.overlay);
     return scene;

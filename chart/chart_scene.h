@@ -1,7 +1,7 @@
 #pragma once
 // The chart of formulas over a stock's bars. BuildChartScene lays everything out once, in pixels:
-// the main pane with candles and the main-chart formula, a volume pane, the formula's own pane
-// (or its lines over the main pane), value scales, the time axis and a title line per pane with
+// the main pane with candles and the main-chart formula, a volume pane, a pane of its own for each
+// indicator formula (or its lines over the main pane), value scales, the time axis and a title line per pane with
 // the last values. PaintChart then replays the scene on any ChartPainter, so that files and the
 // desktop program show the same picture. The scene owns copies of all it shows: the bars and the
 // formulas may go away once it is built. One thread at a time.
@@ -63,6 +63,7 @@ struct ChartPane {
     double low = 0, high = 1;  // values at the bottom and the top of the area
     int firstBar = 0;          // the bar shown leftmost
     int barsShown = 1;
+    int formula = -1;  // the index in ChartRequest::formulas of the formula drawn here; -1: main or volume
     std::vector<ChartShape> shapes;
 
     double BarSpacing() const { return area.Width() / barsShown; }
@@ -81,19 +82,22 @@ struct ChartScene {
     Size size;
     double fontPixels = 12;
     Colour background = 0;
-    std::vector<ChartPane> panes;     // main, volume, then the formula's own pane if it has one
+    std::vector<ChartPane> panes;     // main, volume if asked for, then one per formula with a pane of its own
     std::vector<ChartShape> overlay;  // frames, scales, dates and title lines, not clipped
 };
 
-// What a chart shows. The formulas are evaluated over all `barCount` bars already; either may be
-// null. `label` (GBK) opens the main pane's title line, e.g. the stock's code and name.
+// What a chart shows. The formulas are evaluated over all `barCount` bars already; `mainFormula`
+// may be null. Each of `formulas` gets a pane of its own below the main and volume panes, in turn,
+// or draws over the candles when it is a main-chart formula (`m_cDrawPos` 1). `label` (GBK) opens
+// the main pane's title line, e.g. the stock's code and name.
 struct ChartRequest {
     const CHisDay* bars = nullptr;
     int barCount = 0;
     bool minuteBars = false;
     int barsShown = 0;  // the newest bars to show; 0: as many as fit comfortably
     const CIndicator* mainFormula = nullptr;
-    const CIndicator* formula = nullptr;
+    std::vector<const CIndicator*> formulas;
+    bool volumePane = true;  // the built-in volume pane right below the main pane
     std::string label;
     const ChartTheme* theme = &DarkTheme();
     Size size{1000, 700};

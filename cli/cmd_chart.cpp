@@ -1,5 +1,6 @@
 // nyind chart: a picture of a formula over a stock: candles with the main-chart formula on top,
-// volume, and the formula's own pane below, as a PNG, SVG or PDF file.
+// volume, the formula's own pane below and one pane for each further indicator asked for, as a PNG,
+// SVG or PDF file.
 
 #include <cstdio>
 #include <memory>
@@ -21,6 +22,7 @@ constexpr int kLargestSide = 8000;
 struct ChartOptions {
     FormulaChoice choice;
     std::string stock, period = "day", main = "MA", theme = "dark", output, size = "1000x700";
+    std::vector<std::string> panes;  // further indicators of the library, each in a pane below
     bool power = false;
     int last = 0;
 };
@@ -57,6 +59,9 @@ int RunChart(const ChartOptions& options, const GlobalOptions& global) {
 
     CIndicator formula, mainFormula;
     if (int status = PrepareFormula(options.choice, &formula); status != kExitOk) return status;
+    std::vector<CIndicator> panes(options.panes.size());
+    for (size_t i = 0; i < panes.size(); ++i)
+        if (int status = PrepareFormula({options.panes[i], "", "", "", {}}, &panes[i]); status != kExitOk) return status;
     const bool withMain = options.main != "none";
     if (withMain)
         if (int status = PrepareFormula({options.main, "", "", "", {}}, &mainFormula); status != kExitOk) return status;
@@ -68,6 +73,10 @@ int RunChart(const ChartOptions& options, const GlobalOptions& global) {
     EvaluateOver(formula, bars, stock->GetID(), period);
     if (withMain) EvaluateOver(mainFormula, bars, stock->GetID(), period);
     ReportFailedStatements(formula);
+    for (CIndicator& pane : panes) {
+        EvaluateOver(pane, bars, stock->GetID(), period);
+        ReportFailedStatements(pane);
+    }
 
     ny::ChartRequest request;
     request.bars = bars.data();
@@ -75,7 +84,8 @@ int RunChart(const ChartOptions& options, const GlobalOptions& global) {
     request.minuteBars = ny::IsMinutePeriod(period);
     request.barsShown = options.last;
     request.mainFormula = withMain ? &mainFormula : nullptr;
-    request.formula = &formula;
+    request.formulas = {&formula};
+    for (const CIndicator& pane : panes) request.formulas.push_back(&pane);
     request.label = ny::FormatStockCode(stock->GetID()) + " " + stock->m_strName;
     request.theme = options.theme == "light" ? &ny::LightTheme() : &ny::DarkTheme();
     request.size = size;
@@ -104,6 +114,9 @@ void AddChartCommand(CLI::App& app, const GlobalOptions& global, int& status) {
     command->add_option("--last", options->last, "Show the newest N bars (default: as many as fit)")
         ->check(CLI::NonNegativeNumber);
     command->add_option("--main", options->main, "The formula over the candles (default MA; none for no formula)");
+    command->add_option("--pane", options->panes, "A further indicator of the library in a pane of its own (repeatable)")
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command->add_option("--theme", options->theme, "dark or light")->check(CLI::IsMember({"dark", "light"}));
     command->add_option("-o,--output", options->output, "The chart file: *.png, *.svg or *.pdf")->required();
     command->add_option("--size", options->size, "Picture size WIDTHxHEIGHT in pixels (default 1000x700)");

@@ -62,7 +62,7 @@ struct ChartFixture : ::testing::Test {
         ny::ChartRequest request;
         request.bars = bars.data();
         request.barCount = static_cast<int>(bars.size());
-        request.formula = &formula;
+        request.formulas = {&formula};
         request.mainFormula = &mainFormula;
         request.theme = &theme;
         request.size = {600, 400};
@@ -207,7 +207,7 @@ TEST(ChartDrawCommands, EachCommandDrawsItsElement) {
         ny::ChartRequest request;
         request.bars = bars.data();
         request.barCount = static_cast<int>(bars.size());
-        request.formula = &formula;
+        request.formulas = {&formula};
         const std::string svg = ny::RenderChartSvg(ny::BuildChartScene(request));
         EXPECT_TRUE(std::regex_search(svg, std::regex(row.element))) << row.name;
     }
@@ -226,6 +226,39 @@ TEST_F(ChartFixture, FormulaOverTheMainPaneHasNoPaneOfItsOwn) {
     const std::string svg = ny::RenderChartSvg(scene);
     EXPECT_EQ(PolylinePoints(svg, "#ffffff").size(), 5u) << "MA1";
     EXPECT_EQ(PolylinePoints(svg, "#ffff00").size(), 5u) << "HIGHER";
+}
+
+// Each formula with a pane of its own gets one below the main and volume panes, in turn; the main
+// pane keeps the larger share and the volume pane is lower than a formula's.
+TEST_F(ChartFixture, EachFormulaGetsItsOwnPaneBelow) {
+    CIndicator over, below;
+    over.m_cDrawPos = 1;
+    Statement(formula, "A", 1, {1, 2, 3, 4, 5});
+    Statement(below, "B", 1, {5, 4, 3, 2, 1});
+    const struct {
+        bool volume;
+        std::vector<const CIndicator*> formulas;
+        std::vector<int> paneFormulas;
+        std::vector<double> bottoms;  // of the plot areas, 374 pixels shared from y = 3
+    } rows[] = {
+        {true, {&formula, &over, &below}, {-1, -1, 0, 2}, {175.04, 222.0718, 299.5359, 377}},
+        {false, {&formula, &below}, {-1, 0, 1}, {208.7, 292.85, 377}},
+        {false, {}, {-1}, {377}},
+    };
+    for (const auto& row : rows) {
+        ny::ChartRequest request;
+        request.bars = bars.data();
+        request.barCount = static_cast<int>(bars.size());
+        request.formulas = row.formulas;
+        request.volumePane = row.volume;
+        request.size = {600, 400};
+        const ny::ChartScene scene = ny::BuildChartScene(request);
+        ASSERT_EQ(scene.panes.size(), row.paneFormulas.size());
+        for (size_t i = 0; i < scene.panes.size(); ++i) {
+            EXPECT_EQ(scene.panes[i].formula, row.paneFormulas[i]) << i;
+            EXPECT_NEAR(scene.panes[i].area.bottom, row.bottoms[i], 1e-3) << i;
+        }
+    }
 }
 
 TEST_F(ChartFixture, UnwritableFilesFailAndLeaveNothingBehind) {

@@ -78,7 +78,7 @@ TEST(SystemSetChart, EveryFormulaRendersOverASampleStock) {
         ny::ChartRequest request;
         request.bars = bars.data();
         request.barCount = count;
-        request.formula = &formula;
+        request.formulas = {&formula};
         request.size = {400, 300};
         const ny::ChartScene scene = ny::BuildChartScene(request);
         EXPECT_EQ(scene.panes.size(), formula.m_cDrawPos == 1 ? 2u : 3u) << name;

@@ -18,6 +18,8 @@ TEST(ChartCommand, WritesEachFormatAndRefusesWhatItCannotDo) {
         {base + "/macd.png", 0, "\x89PNG"},
         {base + "/macd.svg --theme light --last 40", 0, "<?xml"},
         {base + "/macd.pdf --size 640x480", 0, "%PDF"},
+        {base + "/panes.png --pane VOL --pane KDJ", 0, "\x89PNG"},
+        {base + "/nopane.png --pane NOSUCH", 1, ""},
         {base + "/macd.png/inner.png", 1, ""},  // a folder that is a file
         {base + "/macd.gif", 2, ""},
         {base + "/small.png --size 10x10", 2, ""},
@@ -31,7 +33,7 @@ TEST(ChartCommand, WritesEachFormatAndRefusesWhatItCannotDo) {
         else
             EXPECT_EQ(ReadText(dir.path().string() + written).substr(0, c.header.size()), c.header) << c.args;
     }
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 3);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 4);
 }
 
 }  // namespace
