@@ -8,7 +8,9 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QPainterPath>
 #include <QSplitter>
 #include <QStatusBar>
@@ -37,7 +39,7 @@ namespace {
 
 constexpr int kAfterCloseTime = 153000;  // the clock of a session: the last trading day, after the close
 const char* const kMainFormula = "MA";
-const char* const kDefaultIndicator = "MACD";
+const char* const kStartPanes[] = {"VOL", "MACD"};
 const char* const kAllStocks = "全部股票";
 
 enum Column { kCode, kName, kPrice, kChange, kPercent, kColumns };
@@ -126,9 +128,27 @@ bool CloseSession(std::string* message) {
 
 // ---- ChartView ----
 
-void ChartView::SetScene(ChartScene scene) {
-    m_scene = std::move(scene);
+void ChartView::SetLayout(Layout layout) {
+    m_layout = std::move(layout);
+    m_scene = m_layout ? m_layout({width(), height()}) : ChartScene{};
     update();
+}
+
+void ChartView::resizeEvent(QResizeEvent*) {
+    if (m_layout) m_scene = m_layout({width(), height()});
+}
+
+void ChartView::mousePressEvent(QMouseEvent* event) {
+    if (!onPanePressed) return;
+    const QPointF at = event->position();
+    int pane = -1;
+    for (size_t i = 0; i < m_scene.panes.size(); ++i) {
+        const RectF& area = m_scene.panes[i].area;
+        // The title line above the plot area belongs to the pane too.
+        if (at.x() >= area.left && at.x() <= area.right && at.y() >= area.top - m_scene.fontPixels - 6 && at.y() <= area.bottom)
+            pane = static_cast<int>(i);
+    }
+    onPanePressed(pane, event->globalPosition().toPoint(), event->button() == Qt::RightButton);
 }
 
 void ChartView::paintEvent(QPaintEvent*) {
@@ -143,7 +163,8 @@ void ChartView::paintEvent(QPaintEvent*) {
 MainWindow::MainWindow(bool lightTheme)
     : m_qtServices(this), m_services(m_qtServices.Services()), m_pList(new QTableWidget(0, kColumns)),
       m_pChart(new ChartView(nullptr)), m_pListTitle(new QLabel), m_bLight(lightTheme), m_nPeriod(NY_PERIOD_DAY),
-      m_strIndicator(kDefaultIndicator) {
+      m_strMainFormula(kMainFormula), m_arPanes(std::begin(kStartPanes), std::end(kStartPanes)),
+      m_nActivePane(static_cast<int>(m_arPanes.size()) - 1) {
     setWindowTitle(QStringLiteral("nystudio"));
     m_pList->setHorizontalHeaderLabels({FromGbk("代码"), FromGbk("名称"), FromGbk("现价"), FromGbk("涨跌"), FromGbk("涨幅%")});
     m_pList->verticalHeader()->hide();
@@ -164,6 +185,7 @@ MainWindow::MainWindow(bool lightTheme)
     splitter->addWidget(m_pChart);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({380, 900});
+    m_pChart->onPanePressed = [this](int pane, const QPoint& global, bool menu) { OnPanePressed(pane, global, menu); };
     setCentralWidget(splitter);
     BuildMenus();
     BuildToolBar();
@@ -178,6 +200,9 @@ void MainWindow::BuildMenus() {
     pick->addAction(FromGbk("智能选股..."), QKeySequence(Qt::CTRL | Qt::Key_P), [this] { OpenPicker(); });
     pick->addAction(FromGbk(kAllStocks), [this] { ShowAllStocks(); });
     QMenu* view = menuBar()->addMenu(FromGbk("查看(&V)"));
+    view->addAction(FromGbk("更换指标..."), QKeySequence(Qt::CTRL | Qt::Key_I), [this] {
+        ShowPaneMenu(m_nActivePane, m_pChart->mapToGlobal(QPoint(m_pChart->width() / 2, m_pChart->height() / 2)));
+    });
     QAction* light = view->addAction(FromGbk("浅色主题"));
     light->setCheckable(true);
     light->setChecked(m_bLight);
@@ -214,12 +239,52 @@ bool MainWindow::ShowAllStocks() {
     return !ids.empty();
 }
 
-// The indicators of the library, for the indicator pane.
+// The indicators of the library that draw in a pane of their own, for the chosen indicator pane.
 void MainWindow::FillIndicators() {
     m_pIndicator->clear();
     for (const CIndicator* formula : g_MyIndicatorArray)
-        if (formula->m_MainType == NY_KIND_INDICATOR) m_pIndicator->addItem(FromGbk(formula->m_strName));
-    m_pIndicator->setCurrentText(FromGbk(m_strIndicator));
+        if (formula->m_MainType == NY_KIND_INDICATOR && formula->m_cDrawPos != 1) m_pIndicator->addItem(FromGbk(formula->m_strName));
+    m_pIndicator->setCurrentText(FromGbk(m_arPanes[m_nActivePane]));
+}
+
+// A submenu of the library's indicators, main-chart ones or the others, with `current` ticked.
+void MainWindow::AddIndicatorMenu(QMenu* menu, const char* title, bool mainChart, const std::string& current,
+                                  const std::function<void(const std::string&)>& choose) {
+    QMenu* list = menu->addMenu(FromGbk(title));
+    for (const CIndicator* formula : g_MyIndicatorArray) {
+        if (formula->m_MainType != NY_KIND_INDICATOR || (formula->m_cDrawPos == 1) != mainChart) continue;
+        const std::string name = formula->m_strName;
+        QAction* action = list->addAction(FromGbk(name + "  " + formula->m_strTitle), [choose, name] { choose(name); });
+        action->setCheckable(true);
+        action->setChecked(name == current);
+    }
+}
+
+void MainWindow::ShowPaneMenu(int pane, const QPoint& global) {
+    QMenu menu(this);
+    if (pane < 0) {
+        AddIndicatorMenu(&menu, "主图指标", true, m_strMainFormula, [this](const std::string& name) { SetMainFormula(name); });
+    } else {
+        m_nActivePane = pane;
+        AddIndicatorMenu(&menu, "更换指标", false, m_arPanes[pane], [this](const std::string& name) { SetIndicator(name); });
+        AddIndicatorMenu(&menu, "增加指标窗口", false, "", [this](const std::string& name) { AddPane(name); });
+        menu.actions().back()->setEnabled(m_arPanes.size() < kMaxPanes);
+        menu.addAction(FromGbk("关闭指标窗口"), [this, pane] { ClosePane(pane); })->setEnabled(m_arPanes.size() > 1);
+    }
+    menu.exec(global);
+}
+
+// A press on an indicator pane makes it the one the tool bar's list changes; a right click on the
+// main pane or an indicator pane opens its menu.
+void MainWindow::OnPanePressed(int scenePane, const QPoint& global, bool menu) {
+    if (scenePane < 0) return;
+    const int pane = m_pChart->Scene().panes[scenePane].formula;
+    if (scenePane > 0 && pane < 0) return;  // a pane of the chart's own, not a formula's
+    if (pane >= 0) {
+        m_nActivePane = pane;
+        m_pIndicator->setCurrentText(FromGbk(m_arPanes[pane]));
+    }
+    if (menu) ShowPaneMenu(pane, global);
 }
 
 void MainWindow::FillList(const std::vector<int>& stockIds, const QString& title) {
@@ -271,7 +336,28 @@ void MainWindow::SetPeriod(short period) {
 }
 
 void MainWindow::SetIndicator(const std::string& gbkName) {
-    m_strIndicator = gbkName;
+    m_arPanes[m_nActivePane] = gbkName;
+    m_pIndicator->setCurrentText(FromGbk(gbkName));
+    Redraw();
+}
+
+void MainWindow::SetMainFormula(const std::string& gbkName) {
+    m_strMainFormula = gbkName;
+    Redraw();
+}
+
+void MainWindow::AddPane(const std::string& gbkName) {
+    if (m_arPanes.size() >= kMaxPanes) return;
+    m_arPanes.push_back(gbkName);
+    m_nActivePane = static_cast<int>(m_arPanes.size()) - 1;
+    SetIndicator(gbkName);
+}
+
+void MainWindow::ClosePane(int pane) {
+    if (m_arPanes.size() <= 1 || pane < 0 || pane >= static_cast<int>(m_arPanes.size())) return;
+    m_arPanes.erase(m_arPanes.begin() + pane);
+    m_nActivePane = std::min(m_nActivePane, static_cast<int>(m_arPanes.size()) - 1);
+    m_pIndicator->setCurrentText(FromGbk(m_arPanes[m_nActivePane]));
     Redraw();
 }
 
@@ -285,40 +371,53 @@ void MainWindow::Say(const std::string& gbk) { statusBar()->showMessage(FromGbk(
 
 QString MainWindow::Status() const { return statusBar()->currentMessage(); }
 
-// Builds the chart of the selected stock: its bars in the period, the main-chart formula and the
-// chosen indicator over them. What fails is said on the status line; the chart then shows what
-// could be drawn (an empty scene without bars).
+// Builds the chart of the selected stock: its bars in the period, the main-chart formula and each
+// pane's indicator evaluated over them once; the view lays them out at its size. What fails is
+// said on the status line; the chart then shows what could be drawn (nothing without bars).
 void MainWindow::Redraw() {
     const CStock* stock = g_MyGetStock(m_nStock);
     if (stock == nullptr) return;
-    std::vector<CHisDay> bars;
-    if (!LoadStockBars(m_nStock, m_nPeriod, false, &bars) || bars.empty()) {
-        m_pChart->SetScene({});
+    auto data = std::make_unique<ChartData>(m_arPanes.size());
+    if (!LoadStockBars(m_nStock, m_nPeriod, false, &data->bars) || data->bars.empty()) {
+        m_pChartData.reset();
+        m_pChart->SetLayout(nullptr);
         Say(stock->m_strName + " " + FindPeriod(m_nPeriod)->label + ": 没有数据");
         return;
     }
+    std::vector<CHisDay>& bars = data->bars;
     if (bars.size() > 32767) bars.erase(bars.begin(), bars.end() - 32767);
-    CIndicator mainFormula, formula;
-    const CIndicator* main = g_MyGetIndicator(kMainFormula, NY_KIND_INDICATOR);
-    const CIndicator* chosen = g_MyGetIndicator(m_strIndicator, NY_KIND_INDICATOR);
-    const auto evaluate = [&](CIndicator& copy, const CIndicator& original) {
-        copy = original;
+    const auto evaluate = [&](const std::string& name, CIndicator& copy) {
+        const CIndicator* original = g_MyGetIndicator(name, NY_KIND_INDICATOR);
+        if (original == nullptr) return false;
+        copy = *original;
         copy.m_nPeriod = m_nPeriod;
         EvaluateOver(copy, m_nStock, bars.data(), static_cast<short>(bars.size()));
+        return true;
     };
-    if (main != nullptr) evaluate(mainFormula, *main);
-    if (chosen != nullptr) evaluate(formula, *chosen);
-    ChartRequest request;
-    request.bars = bars.data();
-    request.barCount = static_cast<int>(bars.size());
-    request.minuteBars = IsMinutePeriod(m_nPeriod);
-    request.mainFormula = main != nullptr ? &mainFormula : nullptr;
-    request.formula = chosen != nullptr ? &formula : nullptr;
-    request.label = FormatStockCode(m_nStock) + " " + stock->m_strName + " " + FindPeriod(m_nPeriod)->label;
-    request.theme = m_bLight ? &LightTheme() : &DarkTheme();
-    request.size = {std::max(m_pChart->width(), 300), std::max(m_pChart->height(), 240)};
-    m_pChart->SetScene(BuildChartScene(request));
-    Say(chosen == nullptr ? "没有这个指标: " + m_strIndicator : request.label);
+    data->hasMain = evaluate(m_strMainFormula, data->main);
+    std::string missing;
+    for (size_t i = 0; i < m_arPanes.size(); ++i) {
+        const bool found = evaluate(m_arPanes[i], data->panes[i]);
+        data->formulas.push_back(found ? &data->panes[i] : nullptr);
+        if (!found) missing += " " + m_arPanes[i];
+    }
+    const std::string label = FormatStockCode(m_nStock) + " " + stock->m_strName + " " + FindPeriod(m_nPeriod)->label;
+    m_pChartData = std::move(data);
+    m_pChart->SetLayout([this, label, minute = IsMinutePeriod(m_nPeriod), theme = m_bLight ? &LightTheme() : &DarkTheme()](Size size) {
+        const ChartData& d = *m_pChartData;
+        ChartRequest request;
+        request.bars = d.bars.data();
+        request.barCount = static_cast<int>(d.bars.size());
+        request.minuteBars = minute;
+        request.mainFormula = d.hasMain ? &d.main : nullptr;
+        request.formulas = d.formulas;
+        request.volumePane = false;  // VOL is a pane's formula like any other
+        request.label = label;
+        request.theme = theme;
+        request.size = size;
+        return BuildChartScene(request);
+    });
+    Say(missing.empty() ? label : "没有这个指标:" + missing);
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
@@ -331,11 +430,6 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
         return;
     }
     SelectRow(std::clamp(m_pList->currentRow() + step->second, 0, m_pList->rowCount() - 1));
-}
-
-void MainWindow::resizeEvent(QResizeEvent* event) {
-    QMainWindow::resizeEvent(event);
-    Redraw();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
