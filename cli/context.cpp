@@ -1,6 +1,5 @@
 #include "cli/context.h"
 
-#include <sys/stat.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -27,11 +26,6 @@ std::vector<CString>& PendingMessages() {
     return messages;
 }
 
-bool IsDirectory(const std::string& path) {
-    struct stat info {};
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 // The locks this run holds on shared files, released by CloseHome.
 std::vector<std::unique_ptr<ny::FileLock>>& HeldLocks() {
     static std::vector<std::unique_ptr<ny::FileLock>> locks;
@@ -42,20 +36,14 @@ std::vector<std::unique_ptr<ny::FileLock>>& HeldLocks() {
 // day, and a minute-based pick, refused while the market trades, may run.
 constexpr int kAfterCloseTime = 153000;
 
-// An installed nyind opens the sample installation installed with it; the build tree's nyind,
-// which has none beside it, the one the build made.
-std::string DefaultHome() {
-    const std::string program = ny::ProgramDirectory();
-    if (!program.empty() && IsDirectory(program + NY_INSTALLED_HOME)) return program + NY_INSTALLED_HOME;
-    return NY_DEFAULT_HOME;
-}
-
 }  // namespace
 
 std::string HomeDirectory(const GlobalOptions& options) {
     if (!options.home.empty()) return options.home;
     if (const char* env = std::getenv("NYIND_HOME"); env != nullptr && *env != '\0') return env;
-    return DefaultHome();
+    // An installed nyind opens the sample installation installed with it; the build tree's nyind,
+    // which has none beside it, the one the build made.
+    return ny::DefaultInstallation(NY_INSTALLED_HOME, NY_DEFAULT_HOME);
 }
 
 int OpenHome(const GlobalOptions& options, bool needMarket, LibraryUse use) {
@@ -66,7 +54,7 @@ int OpenHome(const GlobalOptions& options, bool needMarket, LibraryUse use) {
     if (!options.clock.empty() && !ny::SetClockFromText(options.clock))
         return Fail(kExitUsage, "--clock: \"" + options.clock + "\" is not a date and time such as \"2021-06-30 14:30\"");
     const std::string home = HomeDirectory(options);
-    if (!IsDirectory(home)) return Fail(kExitUsage, "no installation directory at " + home);
+    if (!ny::IsDirectory(home)) return Fail(kExitUsage, "no installation directory at " + home);
     const bool market = ny::OpenInstallation(home);
     if (options.clock.empty() && !options.now) CClockModule::SetClock(g_MyCurTradeDate, kAfterCloseTime);
     if (needMarket && !market) return Fail(kExitRefused, "no stock list in " + home + " (data/stocks.csv)");

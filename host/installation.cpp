@@ -1,5 +1,7 @@
 #include "host/installation.h"
 
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <memory>
 #include <unordered_set>
@@ -141,6 +143,17 @@ void CloseInstallation() {
     g_MyIndexSZ.Reset();
     ClearProblems();
     g_MyCurTradeDate = 0;
+}
+
+bool IsDirectory(const std::string& path) {
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+std::string DefaultInstallation(const std::string& installedFromProgram, const std::string& built) {
+    const std::string program = ProgramDirectory();
+    if (!program.empty() && IsDirectory(program + installedFromProgram)) return program + installedFromProgram;
+    return built;
 }
 
 }  // namespace ny

@@ -21,6 +21,14 @@ namespace ny {
 // InstallationProblems(). False if the stock list can't be read; the market is then empty.
 bool OpenInstallation(const std::string& path);
 
+// True if `path` names a directory.
+bool IsDirectory(const std::string& path);
+
+// The installation a program opens when told none: the one installed with it (`installedFromProgram`,
+// a path relative to the program's folder) when there is one, else `built`, the one the build made
+// for the programs run from the build tree.
+std::string DefaultInstallation(const std::string& installedFromProgram, const std::string& built);
+
 // Drops the loaded stocks, quotes and index bars.
 void CloseInstallation();
 

@@ -1,5 +1,6 @@
 // nystudio: the desktop program. Opens the installation (--home DIR, else $NYIND_HOME, else the
-// embedded default built with the program) and shows the main window, dark unless --light.
+// one installed with the program, else the one the build made) and shows the main window, dark
+// unless --light.
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -7,6 +8,7 @@
 #include <cstdlib>
 
 #include "host/encoding.h"
+#include "host/installation.h"
 #include "studio/main_window.h"
 
 int main(int argc, char** argv) {
@@ -22,7 +24,7 @@ int main(int argc, char** argv) {
 
     std::string directory = parser.value(home).toStdString();
     if (directory.empty() && std::getenv("NYIND_HOME") != nullptr) directory = std::getenv("NYIND_HOME");
-    if (directory.empty()) directory = NY_DEFAULT_HOME;
+    if (directory.empty()) directory = ny::DefaultInstallation(NY_INSTALLED_HOME, NY_DEFAULT_HOME);
 
     ny::studio::ApplyTheme(parser.isSet(light));
     QFont font = QApplication::font();
