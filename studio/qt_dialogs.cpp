@@ -515,6 +515,7 @@ QLabel* QtDialog::AddField(QWidget* widget, const std::string& label, int cells)
         m_pGrid->addWidget(named, row, column);
     }
     m_pGrid->addWidget(widget, row, column + (ownLabel ? 1 : 0), 1, cells);
+    if (named != nullptr) named->setBuddy(widget);  // its shortcut and screen readers lead to the field
     m_nCell += width;
     return named;
 }

@@ -63,6 +63,7 @@ void ImageSurface::FillRoundRect(const Rect& rect, int corner, Colour colour) {
 }
 
 void ImageSurface::DrawText(Point at, std::string_view gbk) {
+    if (m_pTextLog != nullptr) m_pTextLog->append(gbk).push_back('\n');
     m_painter.setPen(m_textColour);
     int column = 0;
     for (size_t i = 0; i < gbk.size();) {
@@ -211,11 +212,15 @@ unsigned PlatformKey(int qtKey) {
 void QtListBox::keyPressEvent(QKeyEvent* event) {
     WindowClient* target = m_client();
     const unsigned key = PlatformKey(event->key());
-    if (target == nullptr || key == 0) {
-        QListWidget::keyPressEvent(event);
-        return;
-    }
-    target->OnListKey(key, ModifiersOf(event->modifiers()));
+    if (target != nullptr && key != 0) return target->OnListKey(key, ModifiersOf(event->modifiers()));
+    // A character goes back to the text, with the focus, and is typed there: the line name goes on.
+    for (QWidget* up = parentWidget(); target != nullptr && !event->text().isEmpty() && up != nullptr; up = up->parentWidget())
+        if (auto* window = dynamic_cast<PaintedWindow*>(up)) {
+            window->setFocus();
+            QApplication::sendEvent(window, event);
+            return;
+        }
+    QListWidget::keyPressEvent(event);
 }
 
 // ---- QtTipWindow ----
@@ -237,20 +242,20 @@ void QtTipWindow::SetShape(Point screenTopLeft, Size size, int corner) {
 }
 
 void QtTipWindow::ShowNoActivate(std::function<void(PaintSurface&)> painter) {
-    m_painter = std::move(painter);
+    m_picture = QImage(size(), QImage::Format_RGB32);
+    m_picture.fill(Qt::white);
+    std::string text;
+    {
+        ImageSurface surface(m_picture, font(), {});
+        surface.KeepText(&text);
+        painter(surface);
+    }
+    setAccessibleDescription(FromGbk(text));
     show();
     update();
 }
 
-void QtTipWindow::paintEvent(QPaintEvent*) {
-    QImage picture(size(), QImage::Format_RGB32);
-    picture.fill(Qt::white);
-    if (m_painter) {
-        ImageSurface surface(picture, font(), {});
-        m_painter(surface);
-    }
-    QPainter(this).drawImage(0, 0, picture);
-}
+void QtTipWindow::paintEvent(QPaintEvent*) { QPainter(this).drawImage(0, 0, m_picture); }
 
 // ---- PaintedWindow ----
 

@@ -45,6 +45,8 @@ public:
     void DrawText(Point at, std::string_view gbk) override;
     int TextWidth(std::string_view gbk) const override;
     void Present() override;
+    // From now on, appends each text drawn to `log`, one line for each call.
+    void KeepText(std::string* log) { m_pTextLog = log; }
 
     static FontMetrics CellMetrics(const QFont& font);
 
@@ -55,6 +57,7 @@ private:
     int m_nAscent = 0;
     QColor m_textColour = Qt::black;
     std::function<void()> m_present;
+    std::string* m_pTextLog = nullptr;
 };
 
 class QtCaret : public Caret {
@@ -98,8 +101,8 @@ public:
     unsigned Track(const std::vector<MenuItem>& items, Point screen) override;
 };
 
-// The list of a referenced indicator's lines, floating over the text. Its keys and double
-// clicks go to the window's client.
+// The list of a referenced indicator's lines, floating over the text. Its named keys and double
+// clicks go to the window's client; a character typed in it goes to the text it floats over.
 class QtListBox : public QListWidget, public ListBox {
 public:
     QtListBox(QWidget* parent, std::function<WindowClient*()> client);
@@ -123,6 +126,8 @@ private:
     std::function<WindowClient*()> m_client;
 };
 
+// The tip: painted once when shown; its text is also the window's accessible description, for
+// screen readers (and for a look from outside).
 class QtTipWindow : public QWidget, public TipWindow {
 public:
     QtTipWindow();
@@ -136,7 +141,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    std::function<void(PaintSurface&)> m_painter;
+    QImage m_picture;
 };
 
 // A child window that a control paints itself in (the script editor), with its scroll bars, its
