@@ -68,6 +68,17 @@ TEST(Calc, WhatEachStatementOfARunGives) {
     });
 }
 
+// Draw commands narrow the range for the statements behind them; DRAWNUMBER does not.
+TEST(Calc, RangeLeftByDrawCommands) {
+    const std::pair<const char*, short> rows[] = {
+        {"STICKLINE(REF(C,1)>0,0,C,1,0)", 1}, {"DRAWNUMBER(REF(C,1)>0,L,C)", 0}, {"PLOYLINE(C>0,REF(C,2))", 2}};
+    for (const auto& [text, first] : rows) {
+        Formula f({{"X", text}, {"Y", "C"}});
+        f.Run(RisingBars(4));
+        EXPECT_EQ(f["Y"].m_nFirst, first) << text;
+    }
+}
+
 TEST(Calc, StatementWithoutBufferIsSkipped) {
     Formula f({{"A", "CLOSE"}});
     std::vector<CHisDay> bars = RisingBars(5);

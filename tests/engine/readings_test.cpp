@@ -41,11 +41,49 @@ int CodeNamed(const std::string& name) {
     return -1;
 }
 
-// A reading into a statement: "text CODE "T"" checks the code and the statement's text, "draw F:
-// V ..." field F of the draw data from bar 0 on.
+// The bytes of the draw parameters at an offset, read as a T.
+template <typename T>
+float ParamAt(const CExpression& statement, size_t offset) {
+    T value;
+    std::memcpy(&value, statement.m_DrawParams + offset, sizeof value);
+    return static_cast<float>(value);
+}
+
+// One item of a draw result: "kind=K", "TYPE@OFFSET=V" (TYPE char, short, int or float) of the
+// draw parameters, "argS=V" a draw argument, "params=T" the parameters as text, "text=T".
+void CheckDrawItem(const CExpression& statement, const std::string& item) {
+    const std::string key = item.substr(0, item.find('=')), value = item.substr(key.size() + 1);
+    const size_t at = key.find('@');
+    const size_t offset = at == std::string::npos ? 0 : std::stoul(key.substr(at + 1));
+    const std::string type = key.substr(0, at);
+    if (key == "kind") {
+        EXPECT_EQ(statement.m_nType, std::stoi(value));
+    } else if (key == "params") {
+        EXPECT_STREQ(statement.m_DrawParams, value.c_str());
+    } else if (key == "text") {
+        EXPECT_EQ(statement.m_strDrawText, value);
+    } else if (key.rfind("arg", 0) == 0) {
+        EXPECT_EQ(ny::LoadFloat(reinterpret_cast<const char*>(&statement.m_lDrawArgs[std::stoi(key.substr(3))])),
+                  std::stof(value));
+    } else {
+        const float actual = type == "char"    ? ParamAt<signed char>(statement, offset)
+                             : type == "short" ? ParamAt<short>(statement, offset)
+                             : type == "int"   ? ParamAt<int>(statement, offset)
+                                               : ParamAt<float>(statement, offset);
+        EXPECT_EQ(actual, std::stof(value)) << item;
+    }
+}
+
+// A reading into a statement: "text CODE "T"" checks the code and the statement's text; "draw
+// [CODE] ITEM ..." the code (OK if not given) and items: "out: V ..." the values and "fN: V ..."
+// field N of the draw data, each from bar 0 on (a field not given is 0 on every bar), and the
+// items of CheckDrawItem.
 void CheckStatementRow(CIndicator& ind, CExpression& statement, const std::string& text, std::istream& in,
                        const std::string& head) {
     statement.m_strDrawText.clear();
+    statement.m_nType = 0;
+    std::memset(statement.m_DrawParams, 0, sizeof statement.m_DrawParams);
+    std::memset(statement.m_lDrawArgs, 0, sizeof statement.m_lDrawArgs);
     std::fill(statement.m_pDrawData, statement.m_pDrawData + 4 * statement.m_nAllocBars, 0.0f);
     ind.m_nNextInfoID = 1;
     const nytest::Reading r = nytest::ReadValue(ind, text, &statement);
@@ -55,13 +93,30 @@ void CheckStatementRow(CIndicator& ind, CExpression& statement, const std::strin
         EXPECT_EQ("\"" + statement.m_strDrawText + "\"", expected.substr(expected.find('"')));
         return;
     }
-    ASSERT_EQ(r.code, NY_EVAL_OK);
-    int field = 0;
-    in >> field;
-    in.ignore(1);  // the ":"
-    const Values values = Numbers(in);
-    for (size_t i = 0; i < values.size() && i < static_cast<size_t>(statement.m_nAllocBars); ++i)
-        EXPECT_EQ(statement.m_pDrawData[4 * i + field], values[i]) << "bar " << i;
+    std::vector<std::string> items;
+    for (std::string word; in >> word;) items.push_back(word);
+    const bool coded = !items.empty() && items[0].find_first_of(":=") == std::string::npos;
+    ASSERT_EQ(r.code, coded ? CodeNamed(items[0]) : NY_EVAL_OK);
+    if (r.code != NY_EVAL_OK) return;
+    std::vector<Values> fields(4, Values(statement.m_nAllocBars, 0.0f));
+    for (size_t k = coded ? 1 : 0; k < items.size(); ++k) {
+        if (items[k].back() != ':') {
+            CheckDrawItem(statement, items[k]);
+            continue;
+        }
+        Values values;
+        while (k + 1 < items.size() && items[k + 1].find_first_of(":=") == std::string::npos)
+            values.push_back(std::strtof(items[++k].c_str(), nullptr));
+        const std::string key = items[k - values.size()];
+        if (key == "out:") {
+            EXPECT_EQ(Values(r.values.begin(), r.values.begin() + values.size()), values);
+        } else {
+            fields.at(std::stoi(key.substr(1))) = values;
+        }
+    }
+    for (int field = 0; field < 4; ++field)
+        for (size_t i = 0; i < std::min<size_t>(fields[field].size(), statement.m_nAllocBars); ++i)
+            EXPECT_EQ(statement.m_pDrawData[4 * i + field], fields[field][i]) << "f" << field << " bar " << i;
 }
 
 // Checks one reading against its result (see the head of readings.txt for the forms).
@@ -170,6 +225,8 @@ int CheckTable(const std::string& name) {
             ind->m_nPeriod = PeriodNamed(name);
         } else if (word == "stamps") {
             for (CHisDay& bar : bars) in >> bar.m_lTime;
+        } else if (word == "opens") {
+            for (CHisDay& bar : bars) in >> bar.m_fOpen;
         } else if (word == "drawstart") {
             in >> ind->m_nDrawStart;
         } else if (short value; word == "param" && in >> name >> value) {
