@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstring>
@@ -11,6 +12,7 @@
 #include <sstream>
 
 #include "host/encoding.h"
+#include "host/files.h"
 #include "host/group.h"
 #include "tests/engine/formula_fixture.h"
 #include "tests/host/temp_installation.h"
@@ -207,6 +209,20 @@ int CheckTable(const std::string& name) {
                 records.append(reinterpret_cast<const char*>(words), sizeof(words));
             }
             home->Write(path, records);
+        } else if (word == "index" && in >> path) {
+            std::vector<CHisDay> days;  // DATE:CLOSE:ADVANCES:DECLINES
+            for (std::string day; in >> day;) {
+                std::replace(day.begin(), day.end(), ':', ' ');
+                std::istringstream fields(day);
+                int date = 0, advances = 0, declines = 0;
+                float close = 0;
+                fields >> date >> close >> advances >> declines;
+                days.push_back({.m_lTime = date, .m_fHigh = close + 10, .m_fClose = close, .m_fVolume = 5000,
+                                .m_lAdvDec = advances + declines * 1024});
+            }
+            home->Write(path, ny::EncodeBars(days));
+        } else if (int bar, advances, declines; word == "advdec" && in >> bar >> advances >> declines) {
+            bars.at(bar).m_lAdvDec = advances + declines * 1024;
         } else if (std::string category; word == "block" && in >> category >> name) {
             std::vector<int> ids;
             for (int id; in >> id;) ids.push_back(id);
