@@ -1,9 +1,7 @@
-// FROMOPEN on day bars, which follows the clock, and BETA against the index of the stock's
-// market.
+// BETA against the index of the stock's market, against a slope computed here.
 
 #include <cmath>
 
-#include "host/clock.h"
 #include "host/files.h"
 #include "host/global.h"
 #include "host/stockdb.h"
@@ -14,21 +12,7 @@ namespace {
 
 using Values = std::vector<float>;
 
-class DateTime : public nytest::FunctionTest {};
-
-TEST_F(DateTime, MinutesFromTheOpeningOnDayBarsFollowTheClock) {
-    CClockModule::SetClock(20240104, 100000);
-    UseCloses({10, 10, 10});  // dated 2024-01-02 to 2024-01-04
-    // Past sessions are over; today's has run from 09:30 to 10:00.
-    EXPECT_EQ(Series("FROMOPEN", 0, 2), (Values{241, 241, 31}));
-    CClockModule::SetClock(20240104, 91000);
-    EXPECT_EQ(Series("FROMOPEN", 0, 2), (Values{241, 241, 0}));
-    CClockModule::UseSystemClock();
-}
-
-// ---- BETA against the index of the stock's market ----
-
-class Beta : public DateTime {
+class Beta : public nytest::FunctionTest {
 protected:
     void SetUp() override {
         m_savedPath = g_MyExePath;
@@ -86,19 +70,6 @@ TEST_F(Beta, DaysTheIndexLacksCountAsZero) {
     ASSERT_EQ(beta.size(), 5u);
     for (int i = 3; i <= 7; ++i)
         EXPECT_NEAR(beta[i - 3], SlopeOver(closes, index, i, 4), 1e-4 * std::fabs(SlopeOver(closes, index, i, 4))) << i;
-}
-
-TEST_F(Beta, DegeneratePeriods) {
-    UseCloses({10, 11, 13, 12});
-    ind.m_lStockID = 600000;
-    // No index file: a flat index of zeros has no variance.
-    EXPECT_EQ(Series("BETA(2)", 1, 3), (Values{0, 0, 0}));
-    WriteIndex("data/sh/day/000001.day", {3000, 3010, 3020, 3030});
-    EXPECT_EQ(Series("BETA(1)", 0, 3), (Values{0, 0, 0, 0}));
-    for (float v : Series("BETA(0)", 0, 3)) EXPECT_TRUE(std::isnan(v));
-    EXPECT_EQ(Series("BETA(-3)", 0, 3), (Values{0, 0, 0, 0}));
-    EXPECT_EQ(Read("BETA(3000000000)").code, NY_EVAL_OK);
-    EXPECT_EQ(Read("BETA(2,3)").code, NY_EVAL_ARGUMENT_COUNT);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <memory>
 #include <sstream>
 
+#include "host/clock.h"
 #include "host/encoding.h"
 #include "host/files.h"
 #include "host/group.h"
@@ -239,6 +240,8 @@ int CheckTable(const std::string& name) {
             ind->m_strName = name;
         } else if (word == "period" && in >> name) {
             ind->m_nPeriod = PeriodNamed(name);
+        } else if (int date, time; word == "clock" && in >> date >> time) {
+            CClockModule::SetClock(date, time);
         } else if (word == "stamps") {
             for (CHisDay& bar : bars) in >> bar.m_lTime;
         } else if (word == "opens") {
@@ -253,6 +256,7 @@ int CheckTable(const std::string& name) {
             ADD_FAILURE() << "not understood";
         }
     }
+    CClockModule::UseSystemClock();
     return rows;
 }
 
