@@ -26,6 +26,18 @@ inline std::vector<CHisDay> MakeBars(const std::vector<float>& closes) {
     return bars;
 }
 
+// The fields of a bar by name, for bars written and checked as text.
+inline float CHisDay::*FieldNamed(const std::string& name) {
+    static const std::pair<const char*, float CHisDay::*> kFields[] = {
+        {"open", &CHisDay::m_fOpen},     {"high", &CHisDay::m_fHigh},   {"low", &CHisDay::m_fLow},
+        {"close", &CHisDay::m_fClose},   {"volume", &CHisDay::m_fVolume}, {"pre", &CHisDay::m_fPreClose},
+        {"capital", &CHisDay::m_fCapital}};
+    for (const auto& [known, field] : kFields)
+        if (name == known) return field;
+    ADD_FAILURE() << "no field " << name;
+    return &CHisDay::m_fClose;
+}
+
 // Closes 1, 2, 3, ... n.
 inline std::vector<CHisDay> RisingBars(int n) {
     std::vector<float> closes;

@@ -244,8 +244,8 @@ int CheckTable(const std::string& name) {
             CClockModule::SetClock(date, time);
         } else if (word == "stamps") {
             for (CHisDay& bar : bars) in >> bar.m_lTime;
-        } else if (word == "opens") {
-            for (CHisDay& bar : bars) in >> bar.m_fOpen;
+        } else if (word == "column" && in >> name) {
+            for (CHisDay& bar : bars) in >> bar.*nytest::FieldNamed(name);
         } else if (word == "drawstart") {
             in >> ind->m_nDrawStart;
         } else if (short value; word == "param" && in >> name >> value) {

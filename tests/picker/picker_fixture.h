@@ -13,6 +13,7 @@
 #include "host/power.h"
 #include "host/sample_market.h"
 #include "picker/cond_stocks.h"
+#include "tests/engine/formula_fixture.h"
 #include "tests/host/generated_market.h"
 #include "tests/host/temp_installation.h"
 
@@ -51,18 +52,6 @@ inline CHisDay Bar(int time, float close, float volume = 100) {
             .m_fAmount = volume * close, .m_fVolume = volume};
 }
 
-// The fields of a bar by name, for bars written and checked as text.
-inline float CHisDay::*FieldNamed(const std::string& name) {
-    static const std::pair<const char*, float CHisDay::*> kFields[] = {
-        {"open", &CHisDay::m_fOpen},     {"high", &CHisDay::m_fHigh},   {"low", &CHisDay::m_fLow},
-        {"close", &CHisDay::m_fClose},   {"volume", &CHisDay::m_fVolume}, {"pre", &CHisDay::m_fPreClose},
-        {"capital", &CHisDay::m_fCapital}};
-    for (const auto& [known, field] : kFields)
-        if (name == known) return field;
-    ADD_FAILURE() << "no field " << name;
-    return &CHisDay::m_fClose;
-}
-
 // Bars written "TIME:CLOSE[:VOLUME]" as Bar() makes them, each followed by the fields it changes
 // ("20210104:10 open=9.5 20210105:11"); "TIME:FIRST..LAST" is a run of bars whose time and close
 // count up by one.
@@ -71,7 +60,7 @@ inline std::vector<CHisDay> Bars(const std::string& text) {
     std::istringstream in(text);
     for (std::string item; in >> item;) {
         if (const size_t eq = item.find('='); eq != std::string::npos) {
-            bars.back().*FieldNamed(item.substr(0, eq)) = std::stof(item.substr(eq + 1));
+            bars.back().*nytest::FieldNamed(item.substr(0, eq)) = std::stof(item.substr(eq + 1));
             continue;
         }
         const size_t colon = item.find(':'), second = item.find(':', colon + 1);
@@ -93,7 +82,7 @@ inline void ExpectBar(const CHisDay& bar, const std::string& fields) {
         if (item.substr(0, eq) == "time")
             EXPECT_EQ(bar.m_lTime, std::stoi(item.substr(eq + 1))) << item;
         else
-            EXPECT_FLOAT_EQ(bar.*FieldNamed(item.substr(0, eq)), std::stof(item.substr(eq + 1))) << item;
+            EXPECT_FLOAT_EQ(bar.*nytest::FieldNamed(item.substr(0, eq)), std::stof(item.substr(eq + 1))) << item;
     }
 }
 
