@@ -78,21 +78,10 @@ namespace nytest {
 class LibraryMacd {
 public:
     LibraryMacd() {
-        auto* macd = new CIndicator;
-        macd->m_strName = "MACD";
+        auto macd = MakeFormula({{"DIF", "C"}, {"DEA", "C"}, {"MACD", "C"}}, "MACD", NY_KIND_INDICATOR);
         macd->m_strTitle = "平滑异同平均";
-        for (const char* name : {"SHORT", "LONG", "MID"}) {
-            auto* param = new CParam;
-            param->m_strName = name;
-            macd->m_arParams.push_back(param);
-        }
-        for (const char* line : {"DIF", "DEA", "MACD"}) {
-            auto* expression = new CExpression;
-            expression->m_strName = line;
-            expression->m_strText = "C";
-            macd->m_arExpressions.push_back(expression);
-        }
-        g_MyAddIndicator(macd);
+        for (const char* name : {"SHORT", "LONG", "MID"}) AddParam(*macd, name, 0);
+        g_MyAddIndicator(macd.release());
     }
     ~LibraryMacd() { g_MyRemoveIndicatorByPos("MACD", NY_KIND_INDICATOR); }
     LibraryMacd(const LibraryMacd&) = delete;

@@ -82,17 +82,30 @@ struct Statement {
     std::string text;
 };
 
+inline void AddStatement(CIndicator& ind, const Statement& statement) {
+    auto* expr = new CExpression;
+    expr->m_strName = statement.name;
+    expr->m_strText = statement.text;
+    ind.m_arExpressions.push_back(expr);
+}
+
+// A formula of a name and kind with the given statements, for the library or the picker (the
+// last statement is a condition's verdict).
+inline std::unique_ptr<CIndicator> MakeFormula(const std::vector<Statement>& statements, const std::string& name = "T",
+                                               short kind = NY_KIND_CONDITION) {
+    auto formula = std::make_unique<CIndicator>();
+    formula->m_strName = name;
+    formula->m_MainType = kind;
+    for (const Statement& statement : statements) AddStatement(*formula, statement);
+    return formula;
+}
+
 class Formula {
 public:
     Formula(std::initializer_list<Statement> statements) {
         for (const Statement& statement : statements) Add(statement);
     }
-    void Add(const Statement& statement) {
-        auto* expr = new CExpression;
-        expr->m_strName = statement.name;
-        expr->m_strText = statement.text;
-        ind.m_arExpressions.push_back(expr);
-    }
+    void Add(const Statement& statement) { AddStatement(ind, statement); }
     void AddParam(const std::string& name, short value) {
         nytest::AddParam(ind, name, value);
         ind.m_arParams.back()->m_nMin = -100;

@@ -7,18 +7,8 @@
 
 namespace {
 
-CIndicator* LibraryFormula(const char* name, short kind,
-                           std::initializer_list<nytest::Statement> statements) {
-    auto* f = new CIndicator;
-    f->m_strName = name;
-    f->m_MainType = kind;
-    for (const auto& [line, text] : statements) {
-        auto* e = new CExpression;
-        e->m_strName = line;
-        e->m_strText = text;
-        f->m_arExpressions.push_back(e);
-    }
-    return f;
+CIndicator* LibraryFormula(const char* name, short kind, const std::vector<nytest::Statement>& statements) {
+    return nytest::MakeFormula(statements, name, kind).release();
 }
 
 class References : public ::testing::Test {

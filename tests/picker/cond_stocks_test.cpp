@@ -17,17 +17,10 @@ namespace {
 
 using pickertest::Bar;
 using pickertest::MakeFormula;
+using pickertest::WaitUntilIdle;
 
 constexpr int kShare = 600001;
 constexpr int kWednesday = 20210630;
-
-void WaitUntilIdle(CCondStocks& engine) {
-    CondStocksSTATUS status;
-    do {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        engine.QueryStatus(&status);
-    } while (status.m_nRunning != 0);
-}
 
 class Picking : public ::testing::Test {
 protected:
@@ -126,8 +119,7 @@ TEST_F(Picking, WorkerWaitsForTheQuotesAndStopsDuringTheWait) {
     EXPECT_EQ(status.m_nDone, 0);
     // The answer arrives: the pick goes on.
     ny::OpenNamedEvent(MY_EVENT_CondStocks_ADDRTDATA, false)->Set();
-    WaitUntilIdle(engine);
-    engine.QueryStatus(&status);
+    status = WaitUntilIdle(engine);
     EXPECT_EQ(status.m_nDone, 1);
     EXPECT_EQ(status.m_arResult, std::vector<int>{kShare});
 
@@ -162,8 +154,7 @@ TEST_F(Picking, StatusAndNotification) {
     engine.SetNotifyProc(CountNotify);
     CClockModule::SetClock(kWednesday, 100000);
     ASSERT_TRUE(engine.Play(indicators, 1, stocks, NY_PERIOD_DAY, 0, 0, 0, 0, 0));
-    WaitUntilIdle(engine);
-    engine.QueryStatus(&status);
+    status = WaitUntilIdle(engine);
     EXPECT_EQ(status.m_nTotal, 3);
     EXPECT_EQ(status.m_nDone, 3);
     EXPECT_EQ(status.m_nPicked, 2);  // the unknown stock is examined, not picked

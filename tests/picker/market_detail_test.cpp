@@ -9,7 +9,6 @@
 #include <map>
 #include <set>
 #include <sstream>
-#include <thread>
 
 #include "catalog/catalog_row.h"
 #include "catalog/function_manager.h"
@@ -183,8 +182,7 @@ TEST_F(CatalogSweep, QuoteAndFinanceConditionsPickWhatTheFilesSay) {
     CClockModule::SetClock(20210331, 160000);  // after the close of the market's last day: no refresh
     CCondStocks engine;
     ASSERT_TRUE(engine.Play(conditions, 1, stocks, NY_PERIOD_DAY, 0, 0, 0, 0, 0));
-    CondStocksSTATUS status;
-    while (engine.QueryStatus(&status) && status.m_nRunning != 0) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    const CondStocksSTATUS status = pickertest::WaitUntilIdle(engine);
     CClockModule::UseSystemClock();
     EXPECT_EQ(std::set<int>(status.m_arResult.begin(), status.m_arResult.end()), expected);
     EXPECT_GT(expected.size(), 2u);

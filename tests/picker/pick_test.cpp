@@ -20,7 +20,7 @@
 
 namespace {
 
-using Statements = std::vector<std::pair<std::string, std::string>>;
+using Statements = std::vector<nytest::Statement>;
 
 const Statements kAboveAverage = {{"M", "MA(C,N)"}, {"X", "C>M"}};
 const Statements kVolumeUp = {{"X", "V>MA(V,5)"}};
@@ -73,11 +73,7 @@ protected:
         CCondStocks engine;
         engine.m_nWorkers = workers;
         EXPECT_TRUE(engine.Play(indicators, logic, stocks, period, power, 0, 0, 0, 0));
-        CondStocksSTATUS status;
-        do {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            engine.QueryStatus(&status);
-        } while (status.m_nRunning != 0);
+        const CondStocksSTATUS status = pickertest::WaitUntilIdle(engine);
         EXPECT_EQ(status.m_nDone, static_cast<short>(stocks.size()));
         EXPECT_EQ(status.m_nPicked, static_cast<short>(status.m_arResult.size()));
         return status.m_arResult;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/files.h"
@@ -108,20 +109,16 @@ private:
     TempInstallation m_dir;
 };
 
-// A formula of the given statements ("NAME", "TEXT" pairs in upper case); the last one is the
-// verdict of a condition.
-inline std::unique_ptr<CIndicator> MakeFormula(
-    const std::vector<std::pair<std::string, std::string>>& statements, const std::string& name = "T") {
-    auto formula = std::make_unique<CIndicator>();
-    formula->m_strName = name;
-    formula->m_MainType = NY_KIND_CONDITION;
-    for (const auto& [statementName, text] : statements) {
-        auto* expr = new CExpression;
-        expr->m_strName = statementName;
-        expr->m_strText = text;
-        formula->m_arExpressions.push_back(expr);
-    }
-    return formula;
+using nytest::MakeFormula;
+
+// Waits for the end of the engine's pick; its last status.
+inline CondStocksSTATUS WaitUntilIdle(CCondStocks& engine) {
+    CondStocksSTATUS status;
+    do {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        engine.QueryStatus(&status);
+    } while (status.m_nRunning != 0);
+    return status;
 }
 
 }  // namespace pickertest
