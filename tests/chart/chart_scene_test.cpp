@@ -16,6 +16,7 @@
 #include "chart/svg_painter.h"
 #include "host/encoding.h"
 #include "model/indicator.h"
+#include "tests/engine/formula_fixture.h"
 
 namespace {
 
@@ -40,16 +41,8 @@ std::vector<CHisDay> Bars() {
 
 // A statement as the evaluator leaves it: computed over all bars with these values.
 CExpression* Statement(CIndicator& formula, const std::string& name, short type, const std::vector<float>& values) {
-    auto* s = new CExpression;
-    s->m_strName = name;
+    CExpression* s = nytest::AddSeries(formula, name, values, 0, static_cast<short>(values.size()));
     s->m_nType = type;
-    s->AllocMem(static_cast<short>(values.size()));
-    std::copy(values.begin(), values.end(), s->m_pData);
-    s->m_nFirst = 0;
-    s->m_nEnd = static_cast<short>(values.size());
-    s->m_cIsSeries = 1;
-    s->m_cComputed = 1;
-    formula.m_arExpressions.push_back(s);
     return s;
 }
 
@@ -166,7 +159,7 @@ void PutArgs(CExpression* s, const std::vector<float>& args) {
 }
 
 // Each draw command, with the fields the evaluator leaves, shows up as the element it should.
-TEST(ChartDrawCommands, EachCommandDrawsItsElement) {
+TEST_F(ChartFixture, EachDrawCommandDrawsItsElement) {
     struct Row {
         const char* name;
         short type;
@@ -197,19 +190,13 @@ TEST(ChartDrawCommands, EachCommandDrawsItsElement) {
                                              PutParam(s, 0, 0x808000); },
          "<polygon [^>]*fill=\"#004040\""},
     };
-    const std::vector<CHisDay> bars = Bars();
+    formula.m_strName = "DRAW";
     for (const Row& row : rows) {
-        CIndicator formula;
-        formula.m_strName = "DRAW";
+        formula.DeleteExpression();
         CExpression* s = Statement(formula, "", row.type, {0, 0, 0, 0, 0});
         s->m_lColor = 0xFF0000;
         row.fill(s);
-        ny::ChartRequest request;
-        request.bars = bars.data();
-        request.barCount = static_cast<int>(bars.size());
-        request.formulas = {&formula};
-        const std::string svg = ny::RenderChartSvg(ny::BuildChartScene(request));
-        EXPECT_TRUE(std::regex_search(svg, std::regex(row.element))) << row.name;
+        EXPECT_TRUE(std::regex_search(ny::RenderChartSvg(Scene()), std::regex(row.element))) << row.name;
     }
 }
 

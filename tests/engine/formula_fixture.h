@@ -64,7 +64,7 @@ inline void AddParam(CIndicator& ind, const std::string& name, short value) {
 }
 
 // A computed statement of the given values, valid on bars first..end-1, for use by name.
-inline void AddSeries(CIndicator& ind, const std::string& name, const std::vector<float>& values,
+inline CExpression* AddSeries(CIndicator& ind, const std::string& name, const std::vector<float>& values,
                       short first, short end) {
     auto* expr = new CExpression;
     expr->m_strName = name;
@@ -75,6 +75,7 @@ inline void AddSeries(CIndicator& ind, const std::string& name, const std::vecto
     expr->m_cIsSeries = 1;
     expr->m_cComputed = 1;
     ind.m_arExpressions.push_back(expr);
+    return expr;
 }
 
 struct Statement {
