@@ -1,13 +1,13 @@
 // The tables of tests/check/texts.txt: the tokens of texts, the statements and codes of the
 // syntax test, the sentences of the translation and the reports of the formula dialog.
 
-#include <fstream>
 #include <map>
 #include <sstream>
 
 #include "check/syntax_result.h"
 #include "dialogs/formula_dialog.h"
 #include "tests/check/check_fixture.h"
+#include "tests/table_file.h"
 
 namespace {
 
@@ -132,20 +132,16 @@ protected:
 };
 
 TEST_F(Texts, OfTheTables) {
-    std::ifstream file(NY_SOURCE_DIR "/tests/check/texts.txt");
-    ASSERT_TRUE(file.is_open());
-    std::string section, line;
+    std::string section;
     int rows = 0;
-    for (int number = 1; std::getline(file, line); ++number) {
-        if (line.empty() || line[0] == '#') continue;
+    nytest::ForEachRow("check/texts.txt", [&](const std::string& line) {
         if (line.rfind("== ", 0) == 0) {
             section = line.substr(3);
-            continue;
+            return;
         }
-        SCOPED_TRACE("texts.txt:" + std::to_string(number) + ": " + line);
-        const size_t arrow = line.find(" ->");
-        ASSERT_NE(arrow, std::string::npos);
-        const std::string text = line.substr(0, arrow), expected = Trim(line.substr(arrow + 3));
+        std::string text, expected;
+        ASSERT_TRUE(nytest::SplitAtArrow(line, &text, &expected));
+        expected = Trim(expected);
         ++rows;
         if (section == "lex" || section == "paint") {
             Tokens(text, expected, section == "paint");
@@ -161,7 +157,7 @@ TEST_F(Texts, OfTheTables) {
         } else {
             FAIL() << "no section " << section;
         }
-    }
+    });
     EXPECT_GT(rows, 130);
 }
 

@@ -7,7 +7,6 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <memory>
 #include <sstream>
 
@@ -17,6 +16,7 @@
 #include "host/group.h"
 #include "tests/engine/formula_fixture.h"
 #include "tests/host/temp_installation.h"
+#include "tests/table_file.h"
 
 namespace {
 
@@ -164,26 +164,17 @@ void CheckRow(CIndicator& ind, CExpression& statement, const std::string& text, 
 
 // Checks every row of a table of readings; the number of rows read.
 int CheckTable(const std::string& name) {
-    std::ifstream file(NY_SOURCE_DIR "/tests/engine/" + name);
-    EXPECT_TRUE(file) << name;
     std::unique_ptr<CIndicator> ind;
     std::unique_ptr<TempInstallation> home;
     CExpression statement;
     std::vector<CHisDay> bars;
-    int number = 0, rows = 0;
-    for (std::string line; std::getline(file, line);) {
-        ++number;
-        if (line.empty() || line[0] == '#') continue;
-        SCOPED_TRACE(name + ":" + std::to_string(number) + ": " + line);
-        if (const size_t arrow = line.find(" -> "); arrow != std::string::npos) {
-            if (!ind) {
-                ADD_FAILURE() << "a row before the first bars";
-                continue;
-            }
-            const std::string gbk = ny::Utf8ToGbk(line);
-            CheckRow(*ind, statement, gbk.substr(0, gbk.find(" -> ")), gbk.substr(gbk.find(" -> ") + 4));
+    int rows = 0;
+    nytest::ForEachRow("engine/" + name, [&](const std::string& line) {
+        if (std::string text, result; nytest::SplitAtArrow(ny::Utf8ToGbk(line), &text, &result)) {
+            ASSERT_TRUE(ind) << "a row before the first bars";
+            CheckRow(*ind, statement, text, result);
             ++rows;
-            continue;
+            return;
         }
         std::istringstream in(line);
         std::string word, name;
@@ -255,7 +246,7 @@ int CheckTable(const std::string& name) {
         } else {
             ADD_FAILURE() << "not understood";
         }
-    }
+    });
     CClockModule::UseSystemClock();
     return rows;
 }

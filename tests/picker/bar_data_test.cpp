@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <sstream>
 #include <tuple>
 
@@ -15,6 +14,7 @@
 #include "host/stockdb.h"
 #include "model/period.h"
 #include "tests/picker/picker_fixture.h"
+#include "tests/table_file.h"
 
 namespace {
 
@@ -93,28 +93,20 @@ struct BarCase {
 };
 
 TEST(BarCases, EveryCaseOfTheTable) {
-    std::ifstream file(NY_SOURCE_DIR "/tests/picker/bars.txt");
-    ASSERT_TRUE(file);
     std::unique_ptr<BarCase> current;
-    std::string what;
-    int number = 0;
-    for (std::string line; std::getline(file, line);) {
-        ++number;
-        if (line.empty() || line[0] == '#') continue;
+    nytest::ForEachRow("picker/bars.txt", [&](const std::string& line) {
         if (line.rfind("== ", 0) == 0) {
             current = std::make_unique<BarCase>();
-            what = line.substr(3);
-            continue;
+            return;
         }
-        SCOPED_TRACE("bars.txt:" + std::to_string(number) + ": " + what + ": " + line);
         ASSERT_TRUE(current);
-        const size_t arrow = line.find(" ->");
-        std::istringstream in(line.substr(0, arrow));
+        std::string text = line, want;
+        nytest::SplitAtArrow(line, &text, &want);
+        std::istringstream in(text);
         std::string command;
         in >> command;
-        const std::string want = arrow == std::string::npos ? "" : line.substr(std::min(line.size(), arrow + 4));
         current->Run(command, in, want);
-    }
+    });
 }
 
 // The record in force on a day and stepping through the list, newest first.
