@@ -1,94 +1,95 @@
-// Scripted editing sessions: each row starts from a text and a cursor, plays events and checks
-// text, cursor, anchor and clipboard.
+// Editing: the scripted sessions of sessions.txt, pasting, loading and joining text, the script
+// text's longest line, notifications, the context menu and scrolling.
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <sstream>
+
+#include "host/encoding.h"
+
 #include "tests/editor/editor_fixture.h"
+#include "tests/table_file.h"
 
 namespace {
 
 using ny::InputEvent;
 using ny::MouseAction;
-constexpr ny::Modifiers kShift{true, false};
 constexpr ny::Modifiers kControl{false, true};
 
-InputEvent Key(unsigned key, ny::Modifiers m = {}) { return InputEvent::Key(key, m); }
-InputEvent Char(char byte) { return InputEvent::Char(static_cast<unsigned char>(byte)); }
-InputEvent Mouse(MouseAction action, int x, int y, ny::Modifiers m = {}) { return InputEvent::Mouse(action, {x, y}, m); }
+// The fields of a text between "|", each without the one blank on either side of a "|".
+std::vector<std::string> Fields(const std::string& text) {
+    std::vector<std::string> fields;
+    for (size_t start = 0;;) {
+        const size_t bar = text.find('|', start);
+        std::string field = text.substr(start, bar - start);
+        if (start > 0 && !field.empty() && field.front() == ' ') field.erase(0, 1);
+        if (bar != std::string::npos && !field.empty() && field.back() == ' ') field.pop_back();
+        fields.push_back(field);
+        if (bar == std::string::npos) return fields;
+        start = bar + 1;
+    }
+}
 
-struct Session {
-    const char* name;
-    std::vector<CString> start;  // lines
-    ny::Point cursor;            // anchor starts there too
-    std::vector<InputEvent> events;
+std::vector<CString> Lines(const std::string& text) {
     std::vector<CString> lines;
-    ny::Point expectCursor;
-    ny::Point expectAnchor;
-    const char* clipboard = nullptr;  // expected clipboard text, when the row copies
-};
+    std::istringstream in(ny::Utf8ToGbk(text) + "/");
+    for (std::string line; std::getline(in, line, '/');) lines.push_back(line);
+    return lines;
+}
+
+ny::Point PointOf(const std::string& text) { return {std::stoi(text), std::stoi(text.substr(text.find(',') + 1))}; }
+
+// The events of a session, written as the head of sessions.txt says.
+std::vector<InputEvent> Events(const std::string& text) {
+    static const std::map<std::string, unsigned> kKeys = {
+        {"Left", ny::kKeyLeft}, {"Right", ny::kKeyRight}, {"Up", ny::kKeyUp},         {"Down", ny::kKeyDown},
+        {"Home", ny::kKeyHome}, {"End", ny::kKeyEnd},     {"Back", ny::kKeyBack},     {"Delete", ny::kKeyDelete},
+        {"Return", ny::kKeyReturn}};
+    static const std::map<std::string, MouseAction> kMouse = {
+        {"press", MouseAction::Press}, {"release", MouseAction::Release}, {"move", MouseAction::Move},
+        {"double", MouseAction::DoubleClick}};
+    std::vector<InputEvent> events;
+    std::istringstream in(text);
+    for (std::string word; in >> word;) {
+        ny::Modifiers m;
+        if (word.size() > 2 && word[1] == '-') m = {word[0] == 'S', word[0] == 'C'}, word.erase(0, 2);
+        if (const size_t at = word.find('@'); at != std::string::npos)
+            events.push_back(InputEvent::Mouse(kMouse.at(word.substr(0, at)), PointOf(word.substr(at + 1)), m));
+        else if (kKeys.count(word) != 0 || m.control)
+            events.push_back(InputEvent::Key(kKeys.count(word) != 0 ? kKeys.at(word) : word[0], m));
+        else if (word == "tab")
+            events.push_back(InputEvent::Char('\t'));
+        else
+            for (const char byte : ny::Utf8ToGbk(word)) events.push_back(InputEvent::Char(static_cast<unsigned char>(byte)));
+    }
+    return events;
+}
 
 TEST(EditorSessions, LeaveTextCursorAndAnchorAsExpected) {
-    const ny::Point p00{0, 0};
-    const std::vector<Session> sessions = {
-        {"typing", {""}, p00, {Char('a'), Char('b')}, {"ab"}, {2, 0}, {2, 0}},
-        {"double-byte typed as two bytes", {""}, p00, {Char('\xD6'), Char('\xD0')}, {"中"}, {2, 0}, {2, 0}},
-        {"left over a double-byte character", {"a中b"}, {3, 0}, {Key(ny::kKeyLeft)}, {"a中b"}, {1, 0}, {1, 0}},
-        {"right over a double-byte character", {"a中b"}, {1, 0}, {Key(ny::kKeyRight)}, {"a中b"}, {3, 0}, {3, 0}},
-        {"left at column 0 goes to the previous line's end", {"ab", "c"}, {0, 1}, {Key(ny::kKeyLeft)}, {"ab", "c"}, {2, 0}, {2, 0}},
-        {"right at a line's end goes to the next line", {"ab", "c"}, {2, 0}, {Key(ny::kKeyRight)}, {"ab", "c"}, {0, 1}, {0, 1}},
-        {"end then home", {"abc"}, {1, 0}, {Key(ny::kKeyEnd), Key(ny::kKeyHome)}, {"abc"}, {0, 0}, {0, 0}},
-        {"control end", {"ab", "cde"}, p00, {Key(ny::kKeyEnd, kControl)}, {"ab", "cde"}, {3, 1}, {3, 1}},
-        {"shift-right selects", {"abc"}, p00, {Key(ny::kKeyRight, kShift), Key(ny::kKeyRight, kShift)}, {"abc"}, {2, 0}, {0, 0}},
-        {"typing replaces the selection", {"abc"}, p00, {Key(ny::kKeyRight, kShift), Key(ny::kKeyRight, kShift), Char('X')}, {"Xc"}, {1, 0}, {1, 0}},
-        {"a plain motion drops the selection", {"abc"}, p00, {Key(ny::kKeyRight, kShift), Key(ny::kKeyRight)}, {"abc"}, {2, 0}, {2, 0}},
-        {"up keeps the column on line 0", {"abc"}, {2, 0}, {Key(ny::kKeyUp)}, {"abc"}, {2, 0}, {2, 0}},
-        {"down never lands inside a character", {"abcd", "中x"}, {1, 0}, {Key(ny::kKeyDown)}, {"abcd", "中x"}, {0, 1}, {0, 1}},
-        {"control-left", {"AB CD"}, {5, 0}, {Key(ny::kKeyLeft, kControl)}, {"AB CD"}, {3, 0}, {3, 0}},
-        {"control-right", {"AB CD"}, p00, {Key(ny::kKeyRight, kControl)}, {"AB CD"}, {2, 0}, {2, 0}},
-        {"control-left ends on a character start", {"a中"}, {3, 0}, {Key(ny::kKeyLeft, kControl)}, {"a中"}, {1, 0}, {1, 0}},
-        {"backspace joins lines", {"ab", "cd"}, {0, 1}, {Key(ny::kKeyBack)}, {"abcd"}, {2, 0}, {2, 0}},
-        {"backspace at the start does nothing", {"ab"}, p00, {Key(ny::kKeyBack)}, {"ab"}, p00, p00},
-        {"backspace removes a double-byte character", {"a中"}, {3, 0}, {Key(ny::kKeyBack)}, {"a"}, {1, 0}, {1, 0}},
-        {"delete removes a double-byte character", {"中b"}, p00, {Key(ny::kKeyDelete)}, {"b"}, p00, p00},
-        {"delete joins lines", {"ab", "cd"}, {2, 0}, {Key(ny::kKeyDelete)}, {"abcd"}, {2, 0}, {2, 0}},
-        {"delete at the end of the last line", {"ab"}, {2, 0}, {Key(ny::kKeyDelete)}, {"ab"}, {2, 0}, {2, 0}},
-        {"enter splits the line", {"abcd"}, {2, 0}, {Key(ny::kKeyReturn)}, {"ab", "cd"}, {0, 1}, {0, 1}},
-        {"tab to the next stop", {"ab"}, {2, 0}, {Char('\t')}, {"ab  "}, {4, 0}, {4, 0}},
-        {"selection made upwards", {"abc", "def"}, {1, 1}, {Key(ny::kKeyUp, kShift), Key(ny::kKeyDelete)}, {"aef"}, {1, 0}, {1, 0}},
-        {"selection made downwards", {"abc", "def"}, {1, 0}, {Key(ny::kKeyDown, kShift), Key(ny::kKeyDelete)}, {"aef"}, {1, 0}, {1, 0}},
-        {"cut and paste", {"abc"}, p00,
-         {Key(ny::kKeyRight, kShift), Key(ny::kKeyRight, kShift), Key('X', kControl), Key(ny::kKeyEnd), Key('V', kControl)},
-         {"cab"}, {3, 0}, {3, 0}, "ab"},
-        {"copy over two lines", {"ab", "cd"}, {1, 0}, {Key(ny::kKeyDown, kShift), Key('C', kControl)}, {"ab", "cd"}, {1, 1}, {1, 0}, "b\r\nc"},
-        {"select all", {"ab", "cd"}, p00, {Key('A', kControl)}, {"ab", "cd"}, {2, 1}, p00},
-        {"click counts to the nearer cell border", {"abc"}, p00, {Mouse(MouseAction::Press, 11, 3), Mouse(MouseAction::Release, 11, 3)}, {"abc"}, {1, 0}, {1, 0}},
-        {"click on the right half of a cell", {"abc"}, p00, {Mouse(MouseAction::Press, 14, 3)}, {"abc"}, {2, 0}, {2, 0}},
-        {"click on a second byte", {"a中b"}, p00, {Mouse(MouseAction::Press, 13, 3)}, {"a中b"}, {1, 0}, {1, 0}},
-        {"click below the text", {"ab", "cd"}, p00, {Mouse(MouseAction::Press, 100, 150)}, {"ab", "cd"}, {2, 1}, {2, 1}},
-        {"drag selects", {"abcd"}, p00, {Mouse(MouseAction::Press, 0, 3), Mouse(MouseAction::Move, 20, 3), Mouse(MouseAction::Release, 20, 3)}, {"abcd"}, {2, 0}, {0, 0}},
-        {"drag back over a double-byte character", {"a中b"}, {4, 0},
-         {Mouse(MouseAction::Press, 32, 3), Mouse(MouseAction::Move, 17, 3)}, {"a中b"}, {1, 0}, {4, 0}},
-        {"shift-click extends", {"abcd"}, {1, 0}, {Mouse(MouseAction::Press, 24, 3, kShift)}, {"abcd"}, {3, 0}, {1, 0}},
-        {"double click marks a name", {"AB CD"}, p00, {Mouse(MouseAction::DoubleClick, 28, 3)}, {"AB CD"}, {3, 0}, {5, 0}},
-        {"double click on a blank", {"AB CD"}, p00, {Mouse(MouseAction::DoubleClick, 16, 3)}, {"AB CD"}, {3, 0}, {2, 0}},
-        {"cursor past the end by a script", {"ab"}, {99, 99}, {Char('x')}, {"abx"}, {3, 0}, {3, 0}},
-        {"cursor inside a character by a script", {"中"}, {1, 0}, {Char('x')}, {"x中"}, {1, 0}, {1, 0}},
-    };
-    for (const Session& s : sessions) {
+    nytest::ForEachRow("editor/sessions.txt", [](const std::string& row) {
+        std::string start, result;
+        ASSERT_TRUE(nytest::SplitAtArrow(row, &start, &result));
+        const std::vector<std::string> given = Fields(start), want = Fields(result);
+        ASSERT_TRUE(given.size() == 4 && want.size() >= 3);
         nytest::HeadlessEditor h;
         h.editor.m_Text.m_arLines.clear();
         h.editor.m_Text.m_arLineColors.clear();
-        for (size_t i = 0; i < s.start.size(); ++i) h.editor.InsertTextLine(s.start[i], static_cast<int>(i), 1, FALSE);
-        h.editor._SetCursorPos(s.cursor);
-        h.editor._SetAnchorPos(s.cursor);
-        ny::PlayEvents(h.editor, s.events.data(), static_cast<int>(s.events.size()));
-        EXPECT_EQ(h.Lines(), s.lines) << s.name;
-        EXPECT_EQ(h.editor.GetCursorPos(), s.expectCursor) << s.name;
-        EXPECT_EQ(h.editor.GetAnchorPos(), s.expectAnchor) << s.name;
-        if (s.clipboard != nullptr) {
-            EXPECT_EQ(h.clipboard.m_text, s.clipboard) << s.name;
+        const std::vector<CString> lines = Lines(given[1]);
+        for (size_t i = 0; i < lines.size(); ++i) h.editor.InsertTextLine(lines[i], static_cast<int>(i), 1, FALSE);
+        h.editor._SetCursorPos(PointOf(given[2]));
+        h.editor._SetAnchorPos(PointOf(given[2]));
+        const std::vector<InputEvent> events = Events(given[3]);
+        ny::PlayEvents(h.editor, events.data(), static_cast<int>(events.size()));
+        EXPECT_EQ(h.Lines(), Lines(want[0]));
+        EXPECT_EQ(h.editor.GetCursorPos(), PointOf(want[1]));
+        EXPECT_EQ(h.editor.GetAnchorPos(), PointOf(want[2]));
+        if (want.size() > 3) {
+            std::string clipboard = want[3];
+            for (size_t at; (at = clipboard.find("\\r\\n")) != std::string::npos;) clipboard.replace(at, 4, "\r\n");
+            EXPECT_EQ(h.clipboard.m_text, clipboard);
         }
-    }
+    });
 }
 
 struct Replacement {
