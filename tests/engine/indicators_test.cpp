@@ -74,58 +74,53 @@ std::vector<double> Smoothed(const std::vector<double>& x, int n, int m, size_t 
     return out;
 }
 
-void ExpectSeries(const Formula& f, const std::string& name, const std::vector<double>& expected,
-                  int first, double tolerance) {
-    const CExpression& line = f[name];
-    ASSERT_EQ(line.m_cComputed, 1) << name;
-    EXPECT_EQ(line.m_nFirst, first) << name;
-    EXPECT_EQ(line.m_nEnd, kBars) << name;
-    for (int i = first; i < kBars; ++i)
-        ASSERT_NEAR(f.At(name, i), expected[i], tolerance) << name << " at bar " << i;
+// A formula of statements and parameters run over the market bars.
+class Indicators : public ::testing::Test {
+protected:
+    void Run(std::initializer_list<nytest::Statement> statements,
+             std::initializer_list<std::pair<const char*, short>> params = {}) {
+        for (const nytest::Statement& statement : statements) f.Add(statement);
+        for (const auto& [name, value] : params) f.AddParam(name, value);
+        f.Run(bars);
+    }
+    void ExpectSeries(const std::string& name, const std::vector<double>& expected, int first, double tolerance) {
+        const CExpression& line = f[name];
+        ASSERT_EQ(line.m_cComputed, 1) << name;
+        EXPECT_EQ(line.m_nFirst, first) << name;
+        EXPECT_EQ(line.m_nEnd, kBars) << name;
+        for (int i = first; i < kBars; ++i)
+            ASSERT_NEAR(f.At(name, i), expected[i], tolerance) << name << " at bar " << i;
+    }
+    Formula f = Formula({});
+    const std::vector<CHisDay> bars = MarketBars();
+    const std::vector<double> close = Closes(bars);
+};
+
+TEST_F(Indicators, MovingAverages) {
+    Run({{"MA5", "MA(CLOSE,5)"}, {"MA10", "MA(CLOSE,10)"}, {"MA20", "MA(CLOSE,20)"}, {"MA60", "MA(CLOSE,60)"}});
+    for (int n : {5, 10, 20, 60}) ExpectSeries("MA" + std::to_string(n), MovingAverage(close, n), n - 1, 1e-4);
 }
 
-TEST(Indicators, MovingAverages) {
-    Formula f({{"MA5", "MA(CLOSE,5)"}, {"MA10", "MA(CLOSE,10)"}, {"MA20", "MA(CLOSE,20)"},
-               {"MA60", "MA(CLOSE,60)"}});
-    const std::vector<CHisDay> bars = MarketBars();
-    f.Run(bars);
-    const std::vector<double> close = Closes(bars);
-    ExpectSeries(f, "MA5", MovingAverage(close, 5), 4, 1e-4);
-    ExpectSeries(f, "MA10", MovingAverage(close, 10), 9, 1e-4);
-    ExpectSeries(f, "MA20", MovingAverage(close, 20), 19, 1e-4);
-    ExpectSeries(f, "MA60", MovingAverage(close, 60), 59, 1e-4);
-}
-
-TEST(Indicators, Macd) {
-    Formula f({{"DIF", "EMA(CLOSE,SHORT)-EMA(CLOSE,LONG)"}, {"DEA", "EMA(DIF,MID)"},
-               {"MACD", "(DIF-DEA)*2"}});
-    f.AddParam("SHORT", 12);
-    f.AddParam("LONG", 26);
-    f.AddParam("MID", 9);
-    const std::vector<CHisDay> bars = MarketBars();
-    f.Run(bars);
-    const std::vector<double> close = Closes(bars);
+TEST_F(Indicators, Macd) {
+    Run({{"DIF", "EMA(CLOSE,SHORT)-EMA(CLOSE,LONG)"}, {"DEA", "EMA(DIF,MID)"}, {"MACD", "(DIF-DEA)*2"}},
+        {{"SHORT", 12}, {"LONG", 26}, {"MID", 9}});
     const std::vector<double> fast = Exponential(close, 12), slow = Exponential(close, 26);
     std::vector<double> dif(kBars), macd(kBars);
     for (int i = 0; i < kBars; ++i) dif[i] = fast[i] - slow[i];
     const std::vector<double> dea = Exponential(dif, 9);
     for (int i = 0; i < kBars; ++i) macd[i] = (dif[i] - dea[i]) * 2;
-    ExpectSeries(f, "DIF", dif, 0, 1e-4);
-    ExpectSeries(f, "DEA", dea, 0, 1e-4);
-    ExpectSeries(f, "MACD", macd, 0, 2e-4);
+    ExpectSeries("DIF", dif, 0, 1e-4);
+    ExpectSeries("DEA", dea, 0, 1e-4);
+    ExpectSeries("MACD", macd, 0, 2e-4);
     // The oscillator moves: the bars are not a flat line that any code would match.
     EXPECT_GT(*std::max_element(macd.begin(), macd.end()), 0.05);
     EXPECT_LT(*std::min_element(macd.begin(), macd.end()), -0.05);
 }
 
-TEST(Indicators, Kdj) {
-    Formula f({{"RSV", "(CLOSE-LLV(LOW,N))/(HHV(HIGH,N)-LLV(LOW,N))*100"}, {"K", "SMA(RSV,M1,1)"},
-               {"D", "SMA(K,M2,1)"}, {"J", "3*K-2*D"}});
-    f.AddParam("N", 9);
-    f.AddParam("M1", 3);
-    f.AddParam("M2", 3);
-    const std::vector<CHisDay> bars = MarketBars();
-    f.Run(bars);
+TEST_F(Indicators, Kdj) {
+    Run({{"RSV", "(CLOSE-LLV(LOW,N))/(HHV(HIGH,N)-LLV(LOW,N))*100"}, {"K", "SMA(RSV,M1,1)"}, {"D", "SMA(K,M2,1)"},
+         {"J", "3*K-2*D"}},
+        {{"N", 9}, {"M1", 3}, {"M2", 3}});
     std::vector<double> rsv(kBars, 0.0);
     for (int i = 8; i < kBars; ++i) {
         double high = bars[i].m_fHigh, low = bars[i].m_fLow;
@@ -139,19 +134,14 @@ TEST(Indicators, Kdj) {
     const std::vector<double> d = Smoothed(k, 3, 1, 8);
     std::vector<double> j(kBars);
     for (int i = 0; i < kBars; ++i) j[i] = 3 * k[i] - 2 * d[i];
-    ExpectSeries(f, "RSV", rsv, 8, 1e-3);
-    ExpectSeries(f, "K", k, 8, 1e-3);
-    ExpectSeries(f, "D", d, 8, 1e-3);
-    ExpectSeries(f, "J", j, 8, 5e-3);
+    ExpectSeries("RSV", rsv, 8, 1e-3);
+    ExpectSeries("K", k, 8, 1e-3);
+    ExpectSeries("D", d, 8, 1e-3);
+    ExpectSeries("J", j, 8, 5e-3);
 }
 
-TEST(Indicators, BollingerBands) {
-    Formula f({{"BOLL", "MA(CLOSE,M)"}, {"UB", "BOLL+2*STD(CLOSE,M)"},
-               {"LB", "BOLL-2*STD(CLOSE,M)"}});
-    f.AddParam("M", 20);
-    const std::vector<CHisDay> bars = MarketBars();
-    f.Run(bars);
-    const std::vector<double> close = Closes(bars);
+TEST_F(Indicators, BollingerBands) {
+    Run({{"BOLL", "MA(CLOSE,M)"}, {"UB", "BOLL+2*STD(CLOSE,M)"}, {"LB", "BOLL-2*STD(CLOSE,M)"}}, {{"M", 20}});
     const std::vector<double> mid = MovingAverage(close, 20);
     std::vector<double> upper(kBars, 0.0), lower(kBars, 0.0);
     for (int i = 19; i < kBars; ++i) {
@@ -161,18 +151,13 @@ TEST(Indicators, BollingerBands) {
         upper[i] = mid[i] + 2 * deviation;
         lower[i] = mid[i] - 2 * deviation;
     }
-    ExpectSeries(f, "BOLL", mid, 19, 1e-4);
-    ExpectSeries(f, "UB", upper, 19, 2e-4);
-    ExpectSeries(f, "LB", lower, 19, 2e-4);
+    ExpectSeries("BOLL", mid, 19, 1e-4);
+    ExpectSeries("UB", upper, 19, 2e-4);
+    ExpectSeries("LB", lower, 19, 2e-4);
 }
 
-TEST(Indicators, RelativeStrength) {
-    Formula f({{"LC", "REF(CLOSE,1)"},
-               {"RSI", "SMA(MAX(CLOSE-LC,0),N,1)/SMA(ABS(CLOSE-LC),N,1)*100"}});
-    f.AddParam("N", 6);
-    const std::vector<CHisDay> bars = MarketBars();
-    f.Run(bars);
-    const std::vector<double> close = Closes(bars);
+TEST_F(Indicators, RelativeStrength) {
+    Run({{"LC", "REF(CLOSE,1)"}, {"RSI", "SMA(MAX(CLOSE-LC,0),N,1)/SMA(ABS(CLOSE-LC),N,1)*100"}}, {{"N", 6}});
     std::vector<double> rise(kBars, 0.0), move(kBars, 0.0);
     for (int i = 1; i < kBars; ++i) {
         rise[i] = std::max(close[i] - close[i - 1], 0.0);
@@ -183,7 +168,7 @@ TEST(Indicators, RelativeStrength) {
     std::vector<double> rsi(kBars, 0.0);
     for (int i = 1; i < kBars; ++i)
         rsi[i] = std::fabs(all[i]) <= 1e-6 ? (i == 1 ? 0.0 : rsi[i - 1]) : up[i] / all[i] * 100;
-    ExpectSeries(f, "RSI", rsi, 1, 2e-3);
+    ExpectSeries("RSI", rsi, 1, 2e-3);
     EXPECT_GT(*std::max_element(rsi.begin(), rsi.end()), 70.0);
     EXPECT_LT(*std::min_element(rsi.begin() + 1, rsi.end()), 30.0);
 }
