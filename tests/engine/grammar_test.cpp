@@ -1,12 +1,10 @@
-// Readings the table of readings can't express: limits of the text, parameters by period, the
-// stock's volume unit, words cut byte by byte, series permission, the tolerance of truth, the
-// comma count of an argument list and RAND.
+// Readings the table of readings can't express: limits of the text, parameters by period, words
+// cut byte by byte, series permission, the comma count of an argument list and RAND.
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "host/stockdb.h"
 #include "tests/engine/function_fixture.h"
 
 namespace {
@@ -77,27 +75,6 @@ TEST_F(Grammar, SeriesNeedPermissionConstantsDoNot) {
     EXPECT_EQ(first, 6.0f);
 }
 
-TEST_F(Grammar, VolumeUnitsFollowTheStock) {
-    CStock share, bond, hands;
-    share.m_lStockID = 600001;
-    bond.m_lStockID = 10001;
-    bond.m_dwKind = NY_KIND_BOND;
-    hands.m_lStockID = 1000001;
-    hands.m_dwKind = NY_KIND_HAND_UNIT | NY_KIND_BOND;
-    g_MyStocksArray = {&share, &bond, &hands};
-    // 500 shares = 5 hands.
-    const struct {
-        int stock;
-        const char* word;
-        float volume;
-    } rows[] = {{600001, "VOL", 5}, {10001, "V", 50}, {1000001, "VOL", 500}};
-    for (const auto& row : rows) {
-        ind.m_lStockID = row.stock;
-        EXPECT_EQ(Read(row.word).values[4], row.volume) << row.stock;
-    }
-    g_MyStocksArray.clear();
-}
-
 TEST_F(Grammar, WordsAreCutByteByByte) {
     // A double-byte name whose second byte is '|' ends at that byte: the word is its lead byte
     // alone, and the '|' behind it is a lone operator.
@@ -114,17 +91,6 @@ TEST_F(Grammar, BuiltInWordsComeBeforeStatementsAndParametersBeforeStatements) {
     f.Run(nytest::RisingBars(5));
     EXPECT_EQ(f.At("X", 2), 3.0f);   // C is the close, not the statement
     EXPECT_EQ(f.At("Y", 2), 42.0f);  // the parameter hides the statement
-}
-
-TEST_F(Grammar, ToleranceOfTruth) {
-    // A condition treats a magnitude up to 0.000001 as false.
-    for (const auto& [value, truth] : {std::pair{0.0000005f, 0}, std::pair{0.000002f, 1}}) {
-        CIndicator formula;
-        nytest::AttachBars(formula, bars);
-        nytest::AddSeries(formula, "T", std::vector<float>(10, value), 0, 10);
-        EXPECT_EQ(nytest::ReadCondition(formula, "T").values[0], truth) << value;
-        EXPECT_EQ(nytest::ReadCondition(formula, "!T").values[0], 1 - truth) << value;
-    }
 }
 
 TEST_F(Grammar, CountCumaCountsTopLevelCommasOutsideQuotes) {
