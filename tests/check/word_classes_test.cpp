@@ -68,11 +68,6 @@ TEST_F(CheckTest, IndicatorNamesAreCutAtTheLastFullStop) {
     }
 }
 
-TEST_F(CheckTest, ColourClasses) {
-    const std::pair<int, int> colours[] = {{0, 0x000000}, {1, 0x0080FF}, {2, 0x009600}, {3, 0xC08000}, {29, 0x000000}};
-    for (const auto& [wordClass, colour] : colours) EXPECT_EQ(editor.GetColor(wordClass), colour) << wordClass;
-}
-
 TEST(LexicalModule, AMissingModuleLeavesTheEntryPointsNullAndTheTestRefuses) {
     nytest::LoadGlobalCatalog();
     ColorEditWnd editor;

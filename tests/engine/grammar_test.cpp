@@ -1,5 +1,5 @@
-// Readings the table of readings can't express: limits of the text, parameters by period, words
-// cut byte by byte, series permission, the comma count of an argument list and RAND.
+// Readings the table of readings can't express: limits of the text, words cut byte by byte,
+// series permission, the comma count of an argument list and RAND.
 
 #include <gtest/gtest.h>
 
@@ -46,23 +46,6 @@ TEST_F(Grammar, TextWithoutTerminatorAtFullLength) {
     EXPECT_EQ(ind.CalExp(line, out.data(), &from, &to, &flag, nullptr), NY_EVAL_OK);
     EXPECT_EQ(out[0], 256.0f);
     EXPECT_EQ(line[511], ';');
-}
-
-TEST_F(Grammar, ParametersReadTheirPeriodValue) {
-    nytest::AddParam(ind, "N", 12);
-    ind.m_arParams.back()->SetParam(1, 20);
-    nytest::AddParam(ind, "NEG", -5);
-    const struct {
-        short period;
-        const char* text;
-        float value;
-    } rows[] = {{1, "N", 20}, {2, "N", 12}, {2, "NEG", 0}};
-    for (const auto& row : rows) {
-        ind.m_nPeriod = row.period;
-        const nytest::Reading r = Read(row.text);
-        EXPECT_EQ(r.code, NY_EVAL_OK) << row.text;
-        EXPECT_EQ(r.values[0], row.value) << row.text << " in period " << row.period;
-    }
 }
 
 TEST_F(Grammar, SeriesNeedPermissionConstantsDoNot) {

@@ -241,6 +241,7 @@ int CheckTable(const std::string& name) {
             in >> ind->m_nDrawStart;
         } else if (short value; word == "param" && in >> name >> value) {
             nytest::AddParam(*ind, name, value);
+            for (std::string period; in >> period >> value;) ind->m_arParams.back()->SetParam(PeriodNamed(period), value);
         } else if (short first, end; word == "series" && in >> name >> first >> end) {
             nytest::AddSeries(*ind, name, Numbers(in), first, end);
         } else {
