@@ -10,6 +10,8 @@
 #include <sstream>
 #include <string>
 
+#include "host/encoding.h"
+
 namespace nyind_test {
 
 namespace fs = std::filesystem;
@@ -17,6 +19,9 @@ namespace fs = std::filesystem;
 inline const std::string kNyind = NY_BINARY_DIR "/cli/nyind";
 inline const std::string kInstall = NY_BINARY_DIR "/install";
 inline const std::string kFormulaSources = NY_SOURCE_DIR "/data/formulas";
+
+// Literals of the tests are GBK (the build's execution character set); nyind speaks UTF-8.
+inline std::string U8(const char* gbk) { return ny::GbkToUtf8(gbk); }
 
 struct RunResult {
     int status = -1;

@@ -14,50 +14,12 @@ namespace {
 
 using nlohmann::json;
 
-// Literals of the tests are GBK (the build's execution character set); nyind speaks UTF-8.
-std::string U8(const char* gbk) { return ny::GbkToUtf8(gbk); }
-
 std::string LastLine(const std::string& text) {
     const size_t end = text.find_last_not_of('\n');
     const size_t start = text.rfind('\n', end);
     return text.substr(start == std::string::npos ? 0 : start + 1, end - (start == std::string::npos ? 0 : start + 1) + 1);
 }
 
-TEST(NyindCheck, PassedFormulaShowsTheStatementsCut) {
-    const RunResult r = Nyind("check --name TEST -", "MA5:MA(C,5);\nMA10:MA(C,10),COLORRED,LINETHICK2;\nX:=C+1;\n");
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out.substr(0, r.out.find('\n')), U8("通过测试"));
-    EXPECT_NE(r.out.find("MA10  MA(C,10)    1     #FF0000  2"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("X     C+1         0              1"), std::string::npos) << r.out;
-}
-
-// Refusals give status 1 with the system's message, usage errors status 2.
-TEST(NyindStatus, RefusalsAndUsageErrors) {
-    const struct {
-        std::string args, input;
-        int status;
-        std::string out, err;  // a part of the output expected, if any
-    } cases[] = {
-        {"check --name TEST -", "MA5:MA(C,5;", 1, U8("当前公式: TEST\n函数式子不完整\n"), ""},
-        {"check --name TEST -", "A:MAA(C,5);", 1, U8("当前公式: TEST\nMAA函数名错误\n"), ""},
-        {"check --json -", "A:MA(C);", 1, "\"passed\": false,\n  \"code\": -5", ""},
-        {"funcs NOSUCHFUNC", "", 1, "", ""},
-        {"calc --no-such-option", "", 2, "", "--no-such-option"},
-        {"calc --formula MACD", "", 2, "", ""},  // no bars
-        {"calc --formula MACD --stock SH600001 --kind nonsense", "", 2, "", ""},
-        {"calc --source - --bars -", "", 2, "", ""},
-        {"--home /no/such/dir funcs", "", 2, "", ""},
-        {"lib --help", "", 0, "build", ""},
-    };
-    for (const auto& c : cases) {
-        const RunResult r = Nyind(c.args, c.input);
-        EXPECT_EQ(r.status, c.status) << c.args;
-        EXPECT_NE(r.out.find(c.out), std::string::npos) << c.args << "\n" << r.out;
-        EXPECT_NE(r.err.find(c.err), std::string::npos) << c.args << "\n" << r.err;
-    }
-}
-
-// MACD's DIF over the stored day bars against a textbook EMA computed here in double.
 TEST(NyindCalc, MacdOfASampleStockMatchesATextbookComputation) {
     const RunResult r = Nyind("calc --formula MACD --stock SH600001 --json --last 3");
     ASSERT_EQ(r.status, 0) << r.err;
@@ -102,23 +64,6 @@ TEST(NyindCalc, CsvBarsWithParametersAndTheValidRange) {
     EXPECT_EQ(out["statements"][0]["values"], json({nullptr, 1.0, 1.0, 1.0}));
     EXPECT_EQ(out["statements"][1]["values"], json({nullptr, nullptr, 11.0, 12.0}));
     EXPECT_EQ(out["statements"][1]["first"], 2);
-
-    const RunResult csv = Nyind("calc --source - --param N=2 --bars " + (dir.path() / "bars.csv").string() + " --csv --last 1",
-                              "M:MA(CLOSE,N);");
-    EXPECT_EQ(csv.out, "date,M\n2021-06-04,12.500\n");
-}
-
-TEST(NyindCalc, BadCsvRowsAreNamedByLineAndRefused) {
-    TempDir dir;
-    WriteText(dir.path() / "bars.csv",
-              "date,open,high,low,close,volume\n2021-06-01,10,10,10,10,100\n2021-06-31,10,10,10,10,100\n"
-              "2021-06-03,10,9,10,10,100\n2021-06-04,10,10,10,10\n");
-    const RunResult r = Nyind("calc --source - --bars " + (dir.path() / "bars.csv").string(), "M:C;");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("bars.csv:3: bad date"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("bars.csv:4: open and close must lie between low and high"), std::string::npos);
-    EXPECT_NE(r.err.find("bars.csv:5: expected 6 fields, found 5"), std::string::npos);
-    EXPECT_TRUE(r.out.empty());
 }
 
 TEST(NyindLib, AddExportImportRemoveRoundTrip) {
@@ -186,21 +131,6 @@ TEST(NyindLib, BuildFailsOnAFormulaThatDoesNotPassAndNamesIt) {
     EXPECT_EQ(fs::file_size(dir.path() / "set/nysys.dat"), 12u + 4013 + 552);
 }
 
-// The everyday set keeps its groups; only the distinctive indicators show under 特色指标.
-TEST(NyindLib, ListShowsTheSystemSetInItsGroups) {
-    const struct {
-        const char* group;
-        const char* member;
-        const char* outsider;
-    } cases[] = {{"压力支撑", "BOLL ", "ATR "}, {"特色指标", "ATR ", "BOLL "}, {"指标选股", "BOLLXG ", "XPG "}, {"财务选股", "XPG ", "MACD "}};
-    for (const auto& c : cases) {
-        const RunResult r = Nyind("lib list --group " + U8(c.group));
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.out.find(c.member), std::string::npos) << c.group << "\n" << r.out;
-        EXPECT_EQ(r.out.find(c.outsider), std::string::npos) << c.group << "\n" << r.out;
-    }
-}
-
 TEST(NyindData, ImportAddsAStockAndItsBarsOrNamesTheBadLine) {
     TempDir dir;
     CopyInstallationBasics(dir.path() / "home");
@@ -235,13 +165,17 @@ TEST(NyindData, ImportAddsAStockAndItsBarsOrNamesTheBadLine) {
     EXPECT_NE(ReadText(dir.path() / "home/data/stocks.csv").find("SH688001," + U8("新股甲") + ",XGJ,A\n"), std::string::npos);
 }
 
-TEST(NyindFuncs, OneRowWithUsageAndExample) {
-    const RunResult r = Nyind("funcs --json ma");
-    ASSERT_EQ(r.status, 0);
-    const json row = json::parse(r.out);
-    EXPECT_EQ(row["name"], "MA");
-    EXPECT_EQ(row["arguments"], 2);
-    EXPECT_EQ(row["category_label"], U8("引用函数"));
+// lib show writes the sentences as a section of the readable form, which reads back unchanged.
+TEST(NyindExplain, LibraryFormulaShownWithItsSentences) {
+    const RunResult shown = Nyind("lib show MACD --kind indicator");
+    ASSERT_EQ(shown.status, 0) << shown.err;
+    EXPECT_NE(shown.out.find(U8("\n[sentences]\n")), std::string::npos) << shown.out;
+    EXPECT_NE(shown.out.find(U8("指数移动平均")), std::string::npos) << shown.out;
+
+    const TempDir dir;
+    WriteText(dir.path() / "MACD.fml", shown.out);
+    const RunResult reread = Nyind("check " + (dir.path() / "MACD.fml").string());
+    EXPECT_EQ(reread.status, 0) << reread.out << reread.err;
 }
 
 }  // namespace

@@ -84,18 +84,6 @@ TEST_F(NyindPick, ConditionsCombineByAndOrOr) {
     EXPECT_LT(rising.size(), either.size());
 }
 
-TEST_F(NyindPick, RefusedRequestsAndBadOptions) {
-    RunResult r = Pick("--cond NOPE");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find(ny::GbkToUtf8("条件选股公式不存在: NOPE")), std::string::npos) << r.err;
-    EXPECT_EQ(Pick("--cond MAJC --period fortnight").status, 2);
-    EXPECT_EQ(Pick("--cond MAJC:5,x").status, 2);
-    EXPECT_EQ(Pick("--cond MAJC --from 20210101").status, 2);
-    EXPECT_EQ(Pick("").status, 2);
-    r = Pick("--cond MAJC --from 20210601 --to 20210101");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find(ny::GbkToUtf8("起始日期应在终止日期之前")), std::string::npos) << r.err;
-}
 
 }  // namespace
 }  // namespace nyind_test
@@ -112,7 +100,6 @@ TEST(NyindCalcPeriods, WeeksCloseWithTheirLastDay) {
     std::snprintf(expected, sizeof expected, "2021-06-30,%.3f\n", days.back().m_fClose);
     EXPECT_NE(r.out.find(expected), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("2021-06-25,"), std::string::npos) << r.out;
-    EXPECT_EQ(Nyind("calc --source - --bars x.csv --period week", "W:C;").status, 2);
 }
 
 }  // namespace

@@ -1,0 +1,60 @@
+// The runs of nyind in runs.txt: each row's command line, standard input, exit status and what its
+// output must or must not hold. See the head of runs.txt for the columns.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "nyind_runner.h"
+#include "tests/case_file.h"
+
+namespace nyind_test {
+namespace {
+
+void Replace(std::string& text, const std::string& what, const std::string& by) {
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
+        text.replace(at, what.size(), by);
+}
+
+// One check of a row against the run: "out~text" (standard output holds it), "out!text" (does
+// not), "out=text" (is exactly it), "out^text" (starts with it), "out$text" (ends with it); the
+// same with "err" for the error output.
+void Check(const RunResult& r, const std::string& check, const std::string& where) {
+    ASSERT_GT(check.size(), 3u) << where;
+    const std::string& stream = check.substr(0, 3) == "err" ? r.err : r.out;
+    const std::string text = check.substr(4);
+    const size_t found = stream.find(text);
+    switch (check[3]) {
+        case '~': EXPECT_NE(found, std::string::npos) << where << ": " << check << "\n" << stream; break;
+        case '!': EXPECT_EQ(found, std::string::npos) << where << ": " << check << "\n" << stream; break;
+        case '=': EXPECT_EQ(stream, text) << where; break;
+        case '^': EXPECT_EQ(stream.substr(0, text.size()), text) << where; break;
+        case '$':
+            EXPECT_TRUE(stream.size() >= text.size() && stream.compare(stream.size() - text.size(), text.size(), text) == 0)
+                << where << ": " << check << "\n" << stream;
+            break;
+        default: ADD_FAILURE() << where << ": no such check " << check;
+    }
+}
+
+// A row's fields: command line, standard input, status, then its files ("<name=contents", written
+// into the row's folder) and checks. In the command line {dir} is that folder, {home} a copy of
+// the installation's basics in it and {dir}/fifo a FIFO.
+TEST(NyindRuns, EachRowGivesItsStatusAndOutput) {
+    for (const testcases::Row& row : testcases::ReadRows("cli/runs.txt", "run")) {
+        TempDir dir;
+        std::string args = row[0];
+        if (args.find("{home}") != std::string::npos) CopyInstallationBasics(dir.path() / "home");
+        ASSERT_EQ(mkfifo((dir.path() / "fifo").c_str(), 0600), 0);
+        Replace(args, "{home}", (dir.path() / "home").string());
+        Replace(args, "{dir}", dir.path().string());
+        for (size_t i = 3; i < row.size(); ++i)
+            if (row[i][0] == '<') WriteText(dir.path() / row[i].substr(1, row[i].find('=') - 1), row[i].substr(row[i].find('=') + 1));
+        const RunResult r = Nyind(args, row[1]);
+        EXPECT_EQ(r.status, row.Int(2)) << row.where << ": " << args << "\n" << r.err;
+        for (size_t i = 3; i < row.size(); ++i)
+            if (row[i][0] != '<') Check(r, row[i], row.where);
+    }
+}
+
+}  // namespace
+}  // namespace nyind_test
