@@ -1,6 +1,7 @@
 // Look-up in the catalog, the style keywords and the category captions.
 
 #include "catalog/styles.h"
+#include "tests/case_file.h"
 #include "tests/catalog/loaded_catalog.h"
 
 namespace {
@@ -20,48 +21,10 @@ TEST(CatalogLookup, RowsByIndex) {
 
 // The row a key finds, exactly (0) or also by a family's stem (1).
 TEST(CatalogLookup, KeysAndTheRowsTheyFind) {
-    const struct {
-        const char* key;
-        int stem;
-        const char* found;  // nullptr: none
-    } rows[] = {
-        // Leading blanks and case don't count; trailing blanks stay part of the key.
-        {" ma", 0, "MA"},
-        {"\t\r\n Ema", 1, "EMA"},
-        {"drawtext_offset", 0, "DRAWTEXT_OFFSET"},
-        {"MA ", 0, nullptr},
-        {"", 0, nullptr},
-        {"   ", 1, nullptr},
-        {"M", 1, nullptr},  // no prefix match outside the three families
-        {"最高价", 0, nullptr},
-        // LINETHICK with any suffix finds the width row.
-        {"LINETHICK7", 1, "LINETHICK"},
-        {"LINETHICK5", 0, "LINETHICK"},
-        {" linethick3", 1, "LINETHICK"},
-        {"LINETHIC", 1, nullptr},
-        {"LINETHIN7", 1, nullptr},
-        // Families answer to their stem only when asked to.
-        {"MFLOW(3)", 0, "MFLOW(3)"},
-        {"MFLOW", 0, nullptr},
-        {"MFLOW", 1, "MFLOW(1)"},
-        {"MFLOW(3)", 1, nullptr},
-        {"DYNAINFO(7)", 0, "DYNAINFO(7)"},
-        {"DYNAINFO", 0, nullptr},
-        {"dynainfo", 1, "DYNAINFO(3)"},
-        {"DYNAINFO(7)", 1, nullptr},
-        {"FINANCE", 1, "FINANCE(1)"},
-        {"FINANCE(7)", 1, nullptr},
-        // CAPITAL is seven letters long, so its stem is the whole word.
-        {"CAPITAL", 1, "CAPITAL"},
-        {"CAPITAL", 0, "CAPITAL"},
-        // Words of other categories don't shorten; colours are words, not numbers.
-        {"DRAWTEXT_FIX", 1, "DRAWTEXT_FIX"},
-        {"COLORFF0000", 1, nullptr},
-    };
     CFunctionManager& catalog = LoadedCatalog();
-    for (const auto& row : rows) {
-        EXPECT_STREQ(NameOf(catalog.FindFun(row.key, row.stem)), row.found ? row.found : "(none)")
-            << row.key << " " << row.stem;
+    for (const testcases::Row& row : testcases::ReadRows("catalog/rows.txt", "find")) {
+        const std::string found = row[2].empty() ? "(none)" : row[2];
+        EXPECT_EQ(NameOf(catalog.FindFun(row.Gbk(0).c_str(), row.Int(1))), found) << row.where;
     }
     EXPECT_EQ(catalog.FindFun(nullptr, 0), nullptr);
     EXPECT_EQ(catalog.FindFun("LINETHICK", 1)->m_cAttrKind, NY_ATTR_WIDTH);
