@@ -6,10 +6,9 @@
 
 #include "host/encoding.h"
 #include "model/formula_source.h"
+#include "tests/case_file.h"
 
 namespace {
-
-std::string U8(const char* gbk) { return ny::GbkToUtf8(gbk); }
 
 const char* const kExample =
     "# a comment\n"
@@ -46,12 +45,8 @@ TEST(FormulaSource, ReadsEveryFieldIntoTheDefinition) {
 // The written form reads back the same; parameter names are kept in upper case (the statements
 // that read them are), and a formula without a group goes to the user's own group of its kind.
 TEST(FormulaSource, WrittenFormReadsBackTheSame) {
-    const std::pair<std::string, std::string> cases[] = {
-        {ny::GbkToUtf8(kExample), ""},
-        {U8("name: LOWER\nkind: 技术指标\nparam: n 1 100 9\n[source]\nA:MA(C,n);\n"), "param: N 1 100 9"},
-        {U8("name: A\nkind: 技术指标\n[source]\nC;"), U8("group: 自定指标\n")},
-        {U8("name: A\nkind: 条件选股\n[source]\nC>O;"), U8("group: 自定选股\n")},
-    };
+    std::vector<std::pair<std::string, std::string>> cases = {{ny::GbkToUtf8(kExample), ""}};
+    for (const testcases::Row& row : testcases::ReadRows("cli/formula_sources.txt", "same")) cases.emplace_back(row[0], row[1]);
     for (const auto& [text, expected] : cases) {
         CIndicator f, back;
         ny::FormulaSourceError error;
@@ -63,38 +58,16 @@ TEST(FormulaSource, WrittenFormReadsBackTheSame) {
     }
 }
 
-struct BadSource {
-    const char* text;  // GBK, converted to UTF-8 for the reader
-    int line;
-    const char* message;
-};
-
 TEST(FormulaSource, ProblemsAreNamedWithTheirLine) {
-    const BadSource cases[] = {
-        {"name: A\nkind: 技术指标\ncolour: red\n[source]\nC;", 3, "unknown field \"colour\""},
-        {"name: A\nname: B\nkind: 技术指标\n[source]\nC;", 2, "field \"name\" given twice"},
-        {"name: A\nkind: 技术指标\nparam: N 1 100\n[source]\nC;", 3, "a parameter is \"NAME SMALLEST LARGEST DEFAULT\""},
-        {"name: A\nkind: 技术指标\nparam: N 1 100000 5\n[source]\nC;", 3, "\"100000\" is not a whole number of 16 bits"},
-        {"name: A\nkind: 条件选股\ngroup: 趋向指标\n[source]\nC;", 3, "not a group of this kind"},
-        {"name: A\nkind: 条件选股\ngroup: K线选股\n[source]\nC;", 3, "not a group of this kind"},
-        {"name: A\nkind: 交易系统\naxes: 0\n[source]\nC;", 3, "only technical indicators have axis lines"},
-        {"name: A B\nkind: 技术指标\n[source]\nC;", 1, "a name may not hold blanks or the characters . ; : , ( )"},
-        {"name: A\nkind: 技术指标\n[notes]\nC;", 3, "unknown section [notes]"},
-        {"name: A\nkind: 技术指标\n", 0, "no [source]"},
-        {"name: A\nkind: 条件选股\nparam: N 1 9 5\n[template]\nno marks\n[source]\nC;", 0,
-         "the template has 0 Param marks for 1 parameters"},
-    };
-    for (const BadSource& c : cases) {
+    for (const testcases::Row& row : testcases::ReadRows("cli/formula_sources.txt", "bad")) {
         CIndicator f;
         ny::FormulaSourceError error;
-        EXPECT_FALSE(ny::ParseFormulaSource(U8(c.text), &f, &error)) << c.text;
-        EXPECT_EQ(error.line, c.line) << c.text;
-        EXPECT_EQ(error.message, c.message) << c.text;
+        EXPECT_FALSE(ny::ParseFormulaSource(row[0], &f, &error)) << row.where;
+        EXPECT_EQ(error.line, row.Int(1)) << row.where;
+        if (!row[2].empty()) {
+            EXPECT_EQ(error.message, row[2]) << row.where;
+        }
     }
-    CIndicator f;
-    ny::FormulaSourceError error;
-    EXPECT_FALSE(ny::ParseFormulaSource("name: \xFF\xFE\nkind: x\n", &f, &error));
-    EXPECT_EQ(error.line, 1);
 }
 
 }  // namespace

@@ -14,12 +14,6 @@ namespace {
 
 using nlohmann::json;
 
-std::string LastLine(const std::string& text) {
-    const size_t end = text.find_last_not_of('\n');
-    const size_t start = text.rfind('\n', end);
-    return text.substr(start == std::string::npos ? 0 : start + 1, end - (start == std::string::npos ? 0 : start + 1) + 1);
-}
-
 TEST(NyindCalc, MacdOfASampleStockMatchesATextbookComputation) {
     const RunResult r = Nyind("calc --formula MACD --stock SH600001 --json --last 3");
     ASSERT_EQ(r.status, 0) << r.err;
@@ -40,11 +34,6 @@ TEST(NyindCalc, MacdOfASampleStockMatchesATextbookComputation) {
     for (int i = 0; i < 3; ++i)
         EXPECT_NEAR(statement["values"][i].get<double>(), dif[bars.size() - 3 + i], 2e-3);
     EXPECT_EQ(out["statements"][2]["type"], 3);  // COLORSTICK
-
-    const RunResult table = Nyind("calc --formula MACD --stock SH600001 --last 2");
-    EXPECT_EQ(table.status, 0);
-    EXPECT_EQ(table.out.substr(0, table.out.find('\n')), "date           DIF     DEA   MACD");
-    EXPECT_EQ(LastLine(table.out).substr(0, 10), "2021-06-30");
 }
 
 TEST(NyindCalc, CsvBarsWithParametersAndTheValidRange) {

@@ -18,12 +18,18 @@ void Replace(std::string& text, const std::string& what, const std::string& by) 
 // One check of a row against the run: "out~text" (standard output holds it), "out!text" (does
 // not), "out=text" (is exactly it), "out^text" (starts with it), "out$text" (ends with it); the
 // same with "err" for the error output.
-void Check(const RunResult& r, const std::string& check, const std::string& where) {
-    ASSERT_GT(check.size(), 3u) << where;
-    const std::string& stream = check.substr(0, 3) == "err" ? r.err : r.out;
-    const std::string text = check.substr(4);
+// "@name" instead of "out" checks the file of that name in the row's folder ("<none>" if it is
+// not a regular file).
+void Check(const RunResult& r, const fs::path& dir, const std::string& check, const std::string& where) {
+    const size_t op = check.find_first_of("~!=^$");
+    ASSERT_NE(op, std::string::npos) << where;
+    const std::string name = check.substr(0, op), text = check.substr(op + 1);
+    const std::string stream = name == "err"   ? r.err
+                               : name == "out" ? r.out
+                               : fs::is_regular_file(dir / name.substr(1)) ? ReadText(dir / name.substr(1))
+                                                                          : "<none>";
     const size_t found = stream.find(text);
-    switch (check[3]) {
+    switch (check[op]) {
         case '~': EXPECT_NE(found, std::string::npos) << where << ": " << check << "\n" << stream; break;
         case '!': EXPECT_EQ(found, std::string::npos) << where << ": " << check << "\n" << stream; break;
         case '=': EXPECT_EQ(stream, text) << where; break;
@@ -52,7 +58,7 @@ TEST(NyindRuns, EachRowGivesItsStatusAndOutput) {
         const RunResult r = Nyind(args, row[1]);
         EXPECT_EQ(r.status, row.Int(2)) << row.where << ": " << args << "\n" << r.err;
         for (size_t i = 3; i < row.size(); ++i)
-            if (row[i][0] != '<') Check(r, row[i], row.where);
+            if (row[i][0] != '<') Check(r, dir.path(), row[i], row.where);
     }
 }
 
