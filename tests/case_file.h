@@ -21,8 +21,11 @@ struct Row {
 
     const std::string& operator[](size_t i) const { return fields.at(i); }
     int Int(size_t i) const { return std::stoi(fields.at(i)); }
-    // The field as the system's own GBK text.
-    std::string Gbk(size_t i) const { return ny::Utf8ToGbk(fields.at(i)); }
+    // The field as the system's own GBK text; bytes that are not UTF-8 are taken as they stand.
+    std::string Gbk(size_t i) const {
+        std::string gbk;
+        return ny::TryUtf8ToGbk(fields.at(i), &gbk) ? gbk : fields.at(i);
+    }
     size_t size() const { return fields.size(); }
 };
 

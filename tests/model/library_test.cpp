@@ -13,6 +13,7 @@
 #include "model/file_stream.h"
 #include "model/formula_file.h"
 #include "model/library.h"
+#include "tests/case_file.h"
 #include "tests/host/temp_installation.h"
 
 namespace {
@@ -141,21 +142,16 @@ TEST_F(Library, EditionAndSwitchChooseTheFurtherSets) {
     Write("defineuser/indi/lpgjs.dat", FileBytes({{"GJS", 1, 22}}, TRUE));
     Write("defineuser/indi/rmcustomindi.dat", FileBytes({{"RMI", 0, 3}, {"RMC", 1, 22}}, TRUE));
     Write("defineuser/indi/wqcustomindi.dat", FileBytes({{"WQ", 0, 3}}, TRUE));
-    // Customer sets put only indicators into 特色指标 (RMC keeps 22); the others every formula.
-    const struct { int edition, switchOn; std::vector<std::string> keys; short groupOfFirst; } cases[] = {
-        {301, 0, {"ny2277.dat1"}, 6}, {73, 0, {"nybbeib.dat1"}, 6}, {15, 0, {"nyqlbase.dat1"}, 6},
-        {701, 0, {"GJS1", "nyqlbase.dat1"}, 6}, {702, 0, {"nyqlbase.dat1"}, 6}, {703, 0, {"nyqlbase.dat1"}, 6},
-        {72, 0, {"nyqlbase.dat1"}, 6}, {5, 0, {"nybase.dat1"}, 6}, {5, 1, {"GJS1", "nybase.dat1"}, 6},
-        {30, 1, {"GJS1", "nybase.dat1"}, 6}, {30, 0, {"RMC1", "RMI0", "nybase.dat1"}, 22},
-        {31, 0, {"WQ0", "nybase.dat1"}, 6}};
-    for (const auto& c : cases) {
+    for (const testcases::Row& row : testcases::ReadRows("model/cases.txt", "edition")) {
         g_MyRemoveIndicators();
-        g_MySysVerType = c.edition;
-        g_UseGJSHQ = c.switchOn;
+        g_MySysVerType = row.Int(0);
+        g_UseGJSHQ = row.Int(1);
         g_MyInitIndicator();
-        EXPECT_EQ(Keys(), c.keys) << c.edition << " " << c.switchOn;
-        EXPECT_EQ(g_MyIndicatorArray[0]->m_SubType, c.groupOfFirst) << c.edition;
-        EXPECT_EQ(g_MyIndicatorArray[0]->m_nBaseSet, 1) << c.edition;
+        std::string keys;
+        for (const std::string& key : Keys()) keys += (keys.empty() ? "" : " ") + key;
+        EXPECT_EQ(keys, row[2]) << row.where;
+        EXPECT_EQ(g_MyIndicatorArray[0]->m_SubType, row.Int(3)) << row.where;
+        EXPECT_EQ(g_MyIndicatorArray[0]->m_nBaseSet, 1) << row.where;
     }
 }
 

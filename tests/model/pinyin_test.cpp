@@ -8,6 +8,7 @@
 #include "host/group.h"
 #include "host/pinyin.h"
 #include "model/library.h"
+#include "tests/case_file.h"
 
 namespace {
 
@@ -21,29 +22,13 @@ std::vector<CString> Codes(const CString& name) {
 
 using List = std::vector<CString>;
 
-// Each Chinese character adds its initial, letters and digits go in as they are (upper case), a
-// polyphone gives one string per reading (in no fixed order), anything else adds nothing.
 TEST(PinyinCodes, InitialsOfNames) {
-    const std::pair<CString, List> cases[] = {
-        {"ABC", {"ABC"}}, {"MA5", {"MA5"}}, {"macd", {"MACD"}}, {"Boll-m (2)", {"BOLLM2"}}, {"", {}},
-        {"+-*/", {}}, {"指标", {"ZB"}}, {"均线MA", {"JXMA"}}, {"资金流向", {"ZJLX"}}, {"K线", {"KX"}},
-        {"啊", {"A"}},  // B0A1, first of level 1
-        {"座", {"Z"}},  // D7F9, last of level 1
-        {"亍", {"C"}},  // D8A1, first of level 2
-        {"齄", {"Z"}},  // F7FE, last of level 2
-        {"鑫", {"X"}}, {"琪", {"Q"}}, {"昊", {"H"}}, {"炜A", {"WA"}},
-        {"长线", {"CX", "ZX"}}, {"行情", {"HQ", "XQ"}}, {"A重B", {"ACB", "AZB"}},
-        {"重长", {"CC", "CZ", "ZC", "ZZ"}}, {"X咯", {"XG", "XK", "XL"}},  // 咯: ge, ka, lo
-        {"A\x81\x40" "B", {"AB"}},  // GBK extension, before level 1
-        {"A\xB1\x40" "B", {"AB"}},  // GBK extension code between two level-1 runs
-        {"AB\xB0", {"AB"}},          // a lead byte at the end
-        {"\xA1\xA1" "C", {"C"}},     // full-width blank
-        {CString("AB\0CD", 5), {"AB"}},
-    };
-    for (const auto& [name, expected] : cases) {
-        List codes = Codes(name);
+    for (const testcases::Row& row : testcases::ReadRows("model/cases.txt", "pinyin")) {
+        List codes = Codes(row.Gbk(0));
         std::sort(codes.begin(), codes.end());
-        EXPECT_EQ(codes, expected) << name;
+        std::string joined;
+        for (const CString& code : codes) joined += (joined.empty() ? "" : " ") + code;
+        EXPECT_EQ(joined, row[1]) << row.where;
     }
 }
 
