@@ -59,12 +59,13 @@ private:
     fs::path m_path;
 };
 
-// A copy of the embedded installation's stock list, quotes and formula sets: enough for every
+// A copy of the embedded installation's stock list, quotes, finance table and formula sets: enough for every
 // command that does not read the bars of other stocks.
 inline void CopyInstallationBasics(const fs::path& home) {
     fs::create_directories(home / "data");
     fs::copy(kInstall + "/data/stocks.csv", home / "data/stocks.csv");
     fs::copy(kInstall + "/data/quotes.csv", home / "data/quotes.csv");
+    fs::copy(kInstall + "/data/finance.csv", home / "data/finance.csv");
     fs::create_directories(home / "defineuser/indi");
     fs::copy(kInstall + "/defineuser/indi", home / "defineuser/indi", fs::copy_options::recursive);
 }
