@@ -6,11 +6,10 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "host/encoding.h"
+#include "host/files.h"
 
 namespace nyind_test {
 
@@ -29,18 +28,15 @@ struct RunResult {
 };
 
 inline std::string ReadText(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    std::string bytes;
+    ny::ReadWholeFile(path.string(), &bytes);
+    return bytes;
 }
 
-inline void WriteText(const fs::path& path, const std::string& text) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << text;
-}
+inline void WriteText(const fs::path& path, const std::string& text) { ny::WriteFileAtomic(path.string(), text, nullptr, false); }
 
-// A directory of its own for one test, removed afterwards.
+// A directory of its own for one test, removed afterwards. Unlike a host test's temporary
+// installation it leaves the open installation alone: runs of nyind make them all the time.
 class TempDir {
 public:
     TempDir() {
