@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <thread>
 #include <tuple>
 
@@ -14,31 +15,6 @@
 
 namespace {
 
-// Stock list lines in UTF-8; line numbers count from 1 including comments.
-const char kStockList[] =
-    "# tiny market\n"                                          // 1
-    "code,name,pinyin,kind,capital,total_capital\n"            // 2
-    "SH000001,\xE6\xB2\xAA\xE5\xB8\x82,HS,INDEX+HAND\n"       // 3  沪市
-    "SH600001,\xE4\xB8\x9C\xE5\xB2\xB3,DY,A,5000,8000\n"      // 4  东岳
-    "SZ000002,\xE5\x8D\x97\xE4\xB8\xB0,NF,A,1200.5,2000\r\n"  // 5  南丰, CRLF
-    "SH110001,Bond One,ZZ,BOND\n"                              // 6
-    "HK000005,Hong Kong,HK,STOCK+HAND\n"                      // 7
-    "SH60000X,Bad,BD,A\n"                                      // 8  bad code
-    "SH600009,Odd,OD,A+SHARE\n"                                // 9  unknown kind
-    "SH600010,Short\n"                                         // 10 too few fields
-    "SH600001,Twice,TW,A\n"                                    // 11 listed twice
-    "SH600011,NoCap,NC,A,lots\n";                              // 12 bad number
-
-const char kQuotes[] =
-    "# quotes\n"                                                  // 1
-    "date=20210630\n"                                             // 2
-    "code,preclose,open,high,low,last,volume,amount,inner,outer,bogus\n"  // 3
-    "SH600001,10,10.1,10.5,9.9,10.2,12300,125000,5000,7300,1\n"   // 4
-    "SZ000002,5,5.1,5.2,4.9,5.05,100,505,40,60,1\n"               // 5
-    "SH600099,1,1,1,1,1,1,1,1,1,1\n"                              // 6 unknown stock
-    "SH110001,100,x,1,1,1,1,1,1,1,1\n"                            // 7 not a number
-    "SZ159901,1,2\n";                                             // 8 too few fields
-
 bool HasProblem(const std::string& fragment) {
     const auto& problems = ny::InstallationProblems();
     return std::any_of(problems.begin(), problems.end(),
@@ -47,9 +23,11 @@ bool HasProblem(const std::string& fragment) {
 
 class InstallationTest : public ::testing::Test {
 protected:
+    // The stock list and quotes of tiny_market/: a few good lines, then one of each fault.
     void SetUp() override {
-        m_dir.Write("data/stocks.csv", kStockList);
-        m_dir.Write("data/quotes.csv", kQuotes);
+        std::filesystem::create_directories(m_dir.Path() + "data");
+        for (const char* file : {"stocks.csv", "quotes.csv"})
+            std::filesystem::copy(std::string(NY_SOURCE_DIR "/tests/host/tiny_market/") + file, m_dir.Path() + "data/" + file);
         ASSERT_TRUE(ny::OpenInstallation(m_dir.Path()));
     }
     TempInstallation m_dir;

@@ -4,6 +4,7 @@
 
 #include "host/clock.h"
 #include "host/stockdb.h"
+#include "tests/case_file.h"
 
 namespace {
 
@@ -22,21 +23,11 @@ std::vector<int> SessionMinutes() {
 int MinuteOfDay(int hhmm) { return hhmm / 100 * 60 + hhmm % 100; }
 
 TEST(Time2Time, KnownStamps) {
-    struct Case {
-        int time, kind, stamp;
-        char market = NY_MARKET_SH;
-    } cases[] = {
-        {930, 0, 935},   {931, 0, 935},   {935, 0, 935},   {936, 0, 940},   {1129, 0, 1130},
-        {1130, 0, 1130}, {1200, 0, 1130}, {1259, 0, 1130}, {1300, 0, 1305}, {1301, 0, 1305},
-        {1500, 0, 1500}, {1512, 0, 1500}, {915, 0, 935},   {945, 1, 945},   {946, 1, 1000},
-        {1300, 1, 1315}, {959, 2, 1000},  {1001, 2, 1030}, {1445, 2, 1500}, {930, 3, 1030},
-        {1030, 3, 1030}, {1031, 3, 1130}, {1230, 3, 1130}, {1300, 3, 1400}, {1401, 3, 1500},
-        {1145, 0, 1130}, {1031, 3, 1130, NY_MARKET_SZ}, {1145, 0, 1145, NY_MARKET_HK},
-        {1131, 3, 1200, NY_MARKET_HK}, {1555, 2, 1600, NY_MARKET_HK},
-        {1001, 4, 1001}, {1001, -1, 1001},  // an unknown kind leaves the time
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(CStock::Time2Time(At(c.time), c.kind, c.market), At(c.stamp)) << c.time << " kind " << c.kind;
+    for (const testcases::Row& row : testcases::ReadRows("host/cases.txt", "stamp")) {
+        const std::string name = row.size() > 3 ? row[3] : "SH";
+        const char market = name == "SZ" ? NY_MARKET_SZ : name == "HK" ? NY_MARKET_HK : NY_MARKET_SH;
+        EXPECT_EQ(CStock::Time2Time(At(row.Int(0)), row.Int(1), market), At(row.Int(2))) << row.where;
+    }
     EXPECT_EQ(CStock::Min5Time2Day(2106301500), 20210630);
     EXPECT_EQ(CStock::Min5Time2Day(101080935), 20010108);
 }
@@ -62,15 +53,6 @@ TEST(Time2Time, EveryMinuteHasOneStampOfItsSlot) {
         }
         EXPECT_EQ(static_cast<int>(stamps.size()), slotsPerDay[kind]) << kind;
     }
-}
-
-TEST(Clock, FixedAndFollowingTheSystem) {
-    CClockModule::SetClock(20210630, 113001);
-    EXPECT_EQ(CClockModule::m_SystemDate, 20210630);
-    EXPECT_EQ(CClockModule::m_SystemTime, 113001);
-    CClockModule::UseSystemClock();
-    EXPECT_GT(CClockModule::m_SystemDate, 20240000);
-    EXPECT_LT(CClockModule::m_SystemTime, 240000);
 }
 
 TEST(Clock, SetFromText) {
