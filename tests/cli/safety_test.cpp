@@ -158,17 +158,6 @@ TEST_F(SafetyTest, FailedWritesAreReportedAndKeepTheOldFiles) {
     }
 }
 
-TEST_F(SafetyTest, ExportRefusesToWriteOverALibraryFile) {
-    for (const char* file : {"nyuser.dat", "nybase.dat", "another.dat"}) {
-        const fs::path target = m_home / "defineuser/indi" / file;
-        const std::string before = fs::exists(target) ? ReadText(target) : "missing";
-        const RunResult r = Nyind(Home() + "lib export KEEP -o " + target.string());
-        EXPECT_EQ(r.status, 1) << file;
-        EXPECT_NE(r.err.find("is a file of the formula library"), std::string::npos) << r.err;
-        EXPECT_EQ(fs::exists(target) ? ReadText(target) : "missing", before) << file;
-    }
-}
-
 TEST_F(SafetyTest, DataImportRefusesToReplaceWhatItCannotRead) {
     const std::string csv = (m_dir.path() / "bars.csv").string();
     WriteText(csv, "date,open,high,low,close,volume\n20210701,10,11,9,10.5,1000\n");

@@ -102,6 +102,15 @@ protected:
         for (const auto& stock : out["stocks"]) codes.insert(stock["code"].get<std::string>());
         return codes;
     }
+    // The user loads the rule file of that name.
+    void LoadRule(const char* name, User& user) {
+        m_headless.dialogs.Expect("CSelStockFileDialog", [name](ny::HeadlessDialog& files) {
+            auto& list = files.Get<ny::HeadlessListView>(CSelStockFileDialog::IDC_FILES);
+            list.Choose(list.FindRow(name));
+            files.Get<ny::HeadlessButton>(CSelStockFileDialog::IDC_OK).Click();
+        });
+        user.Click(D::IDC_LOADRULE);
+    }
     static std::set<std::string> Codes(const std::vector<int>& ids) {
         std::set<std::string> codes;
         for (int id : ids) codes.insert(ny::FormatStockCode(id));
@@ -137,12 +146,7 @@ TEST_F(AutoSelectTest, PickEqualsNyindAndFillsTheBlockAndARuleFileGivesItAgain) 
 
     // The rule keeps the order and AND, not the parameters: those stay in the library's formulas.
     const auto second = Session([&](User& user) {
-        m_headless.dialogs.Expect("CSelStockFileDialog", [](ny::HeadlessDialog& files) {
-            auto& list = files.Get<ny::HeadlessListView>(CSelStockFileDialog::IDC_FILES);
-            list.Choose(list.FindRow("LXSZ_SLXG"));
-            files.Get<ny::HeadlessButton>(CSelStockFileDialog::IDC_OK).Click();
-        });
-        user.Click(D::IDC_LOADRULE);
+        LoadRule("LXSZ_SLXG", user);
         EXPECT_EQ(user.Rows(), (std::vector<std::string>{"1 LXSZ(2)", "2 SLXG(10,100)"}));
         user.Tick(kShanghai);
         user.Pick();
@@ -156,13 +160,6 @@ TEST_F(AutoSelectTest, RefusalsShowTheirMessageAndKeepTheDialogOpen) {
     const std::string gone = std::string("\x02\0\0\0", 4) + "GONE" + std::string(252, '\0') + "LXSZ" +
                              std::string(252, '\0') + "\x02";
     nyind_test::WriteText(m_dir.path() / "home/data/autostock/GONE.ast", gone);
-    auto load = [this](const char* name) {
-        m_headless.dialogs.Expect("CSelStockFileDialog", [name](ny::HeadlessDialog& files) {
-            auto& list = files.Get<ny::HeadlessListView>(CSelStockFileDialog::IDC_FILES);
-            list.Choose(list.FindRow(name));
-            files.Get<ny::HeadlessButton>(CSelStockFileDialog::IDC_OK).Click();
-        });
-    };
     const struct {
         const char* what;
         std::function<void(User&)> act;
@@ -186,9 +183,9 @@ TEST_F(AutoSelectTest, RefusalsShowTheirMessageAndKeepTheDialogOpen) {
          "该指标已在列表中", {"1 LXSZ(3)"}},
         {"parameter below its minimum", [](User& u) { u.AddCondition(kRising, {"-5"}); }, "", {"1 LXSZ(2)"}},
         {"saving an empty list", [](User& u) { u.Click(D::IDC_SAVERULE); }, "选股条件列表中无条件,请先加入条件", {}},
-        {"truncated rule file", [&](User& u) { load("CUT"); u.Click(D::IDC_LOADRULE); },
+        {"truncated rule file", [&](User& u) { LoadRule("CUT", u); },
          std::string(MSG_RULE_FILE_DAMAGED) + "CUT", {}},
-        {"rule naming a deleted condition", [&](User& u) { load("GONE"); u.Click(D::IDC_LOADRULE); }, "",
+        {"rule naming a deleted condition", [&](User& u) { LoadRule("GONE", u); }, "",
          {"1 LXSZ(3)"}},
     };
     for (const auto& c : cases) {

@@ -4,20 +4,14 @@
 #include <gtest/gtest.h>
 
 #include "model/period.h"
+#include "tests/case_file.h"
 
 TEST(Periods, NumbersAndNamesFindTheSameRow) {
-    const struct {
-        short number;
-        const char* name;
-        bool minute;
-    } rows[] = {{1, "day", false},  {2, "week", false}, {3, "month", false}, {4, "quarter", false},
-                {5, "year", false}, {6, "1min", true},  {7, "5min", true},   {8, "15min", true},
-                {9, "30min", true}, {10, "60min", true}};
-    for (const auto& row : rows) {
-        const ny::PeriodRow* found = ny::FindPeriod(row.number);
-        ASSERT_NE(found, nullptr) << row.number;
-        EXPECT_EQ(ny::FindPeriodByName(row.name), found) << row.name;
-        EXPECT_EQ(ny::IsMinutePeriod(row.number), row.minute) << row.number;
+    for (const testcases::Row& row : testcases::ReadRows("model/cases.txt", "period")) {
+        const ny::PeriodRow* found = ny::FindPeriod(static_cast<short>(row.Int(0)));
+        ASSERT_NE(found, nullptr) << row.where;
+        EXPECT_EQ(ny::FindPeriodByName(row[1]), found) << row.where;
+        EXPECT_EQ(ny::IsMinutePeriod(static_cast<short>(row.Int(0))), row.Int(2) == 1) << row.where;
     }
     for (const short number : {-1, 0, 11}) {
         EXPECT_EQ(ny::FindPeriod(number), nullptr) << number;
