@@ -15,6 +15,7 @@
 #include "model/formula_source.h"
 #include "model/library.h"
 #include "installed_library.h"
+#include "tests/case_file.h"
 #include "nyind_runner.h"
 
 namespace nyind_test {
@@ -85,25 +86,23 @@ TEST_F(FormulaSetTest, DrawingFormulasOnHandMadeBars) {
     for (float close : {100, 104, 106, 100, 94})
         bars.push_back({.m_lTime = 20240103 + static_cast<int>(bars.size()), .m_fOpen = close, .m_fHigh = close + 1,
                         .m_fLow = close - 1, .m_fClose = close});
-    std::istringstream rows(ReadText(NY_SOURCE_DIR "/tests/cli/drawing_formulas.txt"));
     int checked = 0;
-    for (std::string line, name, word; std::getline(rows, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        std::istringstream row(line);
-        row >> name;
+    for (const testcases::Row& row : testcases::ReadRows("cli/drawing_formulas.txt", "draw")) {
+        std::istringstream formula(row[0]), statement(row[1]), values(row[2]);
+        std::string name, field;
+        formula >> name;
         CIndicator f;
         f = *g_MyGetIndicator(name.c_str(), NY_KIND_INDICATOR);
-        for (size_t i = 0; row >> word && word != "|"; ++i) f.m_arParams.at(i)->m_nDefault = std::stoi(word);
-        int statement;
-        row >> statement >> word;
+        int index = 0;
+        for (size_t i = 0; formula >> index; ++i) f.m_arParams.at(i)->m_nDefault = static_cast<short>(index);
+        statement >> index >> field;
         ny::EvaluateOver(f, 600001, bars.data(), static_cast<short>(bars.size()));
-        const CExpression& s = *f.m_arExpressions.at(statement);
-        row >> line;  // the "|"
+        const CExpression& s = *f.m_arExpressions.at(index);
         for (int bar = 2; bar <= 4; ++bar, ++checked) {
             float expected = 0;
-            row >> expected;
-            const float got = word == "out" ? s.m_pData[bar] : s.m_pDrawData[4 * bar + (word[1] - '0')];
-            EXPECT_FLOAT_EQ(got, expected) << name << " statement " << statement << " " << word << " bar " << bar;
+            values >> expected;
+            const float got = field == "out" ? s.m_pData[bar] : s.m_pDrawData[4 * bar + (field[1] - '0')];
+            EXPECT_FLOAT_EQ(got, expected) << row.where << " bar " << bar;
         }
     }
     EXPECT_EQ(checked, 13 * 3);
