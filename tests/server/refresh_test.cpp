@@ -68,12 +68,14 @@ protected:
         const int result = dialog.DoModal();
         engine->m_pRequestDlg = nullptr;
         m_lastProgress = {dialog.m_nProgressPos, dialog.m_nProgressTotal};
+        m_lastMinuteId = dialog.m_nMinuteCommID;
         return result;
     }
 
     Market m_client;
     std::unique_ptr<CCondStocks> engine;
     std::pair<short, short> m_lastProgress;
+    int m_lastMinuteId = 0;
 };
 
 class NyquotedTest : public RefreshTest {
@@ -145,18 +147,11 @@ TEST_F(NyquotedTest, CancelMidwayDropsLaterRepliesAndTakesTheRequestsBackInOrder
     CCondStocksRequestDataDlg::s_fnWatcher = [](CCondStocksRequestDataDlg& dialog) {
         if (dialog.m_nIndex == 2) dialog.OnCancel();
     };
-    int minuteId = 0;
-    {
-        CCondStocksRequestDataDlg dialog(ny::RefreshMode::Minute, {kB, kA, kClientOnly});
-        engine->m_pRequestDlg = &dialog;
-        EXPECT_EQ(dialog.DoModal(), CCondStocksRequestDataDlg::IDCANCEL);
-        engine->m_pRequestDlg = nullptr;
-        minuteId = dialog.m_nMinuteCommID;
-    }
+    EXPECT_EQ(RunDialog(ny::RefreshMode::Minute, {kB, kA, kClientOnly}), CCondStocksRequestDataDlg::IDCANCEL);
     g_MyChildView->m_ClientSocket.Pump(300);
     EXPECT_EQ(StoredMinutes(kA), 5u);
     ASSERT_GE(sent.size(), 3u);
-    EXPECT_EQ(sent.back(), std::make_pair(0, minuteId));  // the quote object was never made
+    EXPECT_EQ(sent.back(), std::make_pair(0, m_lastMinuteId));  // the quote object was never made
     EXPECT_EQ(sent[sent.size() - 2].first, ny::kCommandMinute);
 }
 
