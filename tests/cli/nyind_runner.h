@@ -2,10 +2,13 @@
 // Runs the built nyind as a user would, and gives temporary installations to the tests that
 // write.
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 
 #include "host/encoding.h"
@@ -93,6 +96,17 @@ inline RunResult Nyind(const std::string& args, const std::string& input = std::
     result.out = ReadText(io.path() / "out");
     result.err = ReadText(io.path() / "err");
     return result;
+}
+
+// The codes that `pick ARGS --json` picks over `home`, a linked installation made on first use.
+inline std::set<std::string> PickedCodes(const fs::path& home, const std::string& args) {
+    if (!fs::exists(home)) LinkInstallation(home);
+    const RunResult r = Nyind("--home " + home.string() + " pick " + args + " --json");
+    EXPECT_EQ(r.status, 0) << r.err;
+    std::set<std::string> codes;
+    const nlohmann::json out = nlohmann::json::parse(r.out);
+    for (const auto& stock : out["stocks"]) codes.insert(stock["code"].get<std::string>());
+    return codes;
 }
 
 }  // namespace nyind_test

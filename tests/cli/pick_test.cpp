@@ -61,15 +61,7 @@ TEST_F(NyindPick, NewHighsOfShanghaiMatchTheDayFiles) {
 }
 
 TEST_F(NyindPick, ConditionsCombineByAndOrOr) {
-    const std::string scope = "--scope sz --json";
-    auto picked = [&](const std::string& args) {
-        const RunResult r = Pick(args + " " + scope);
-        EXPECT_EQ(r.status, 0) << r.err;
-        std::set<std::string> set;
-        const json out = json::parse(r.out);
-        for (const json& stock : out["stocks"]) set.insert(stock["code"].get<std::string>());
-        return set;
-    };
+    const auto picked = [&](const std::string& args) { return PickedCodes(m_dir.path() / "home", args + " --scope sz"); };
     const std::set<std::string> rising = picked("--cond LXSZ:2");
     const std::set<std::string> quiet = picked("--cond SLXG:10,100");
     const std::set<std::string> both = picked("--cond LXSZ:2 --cond SLXG:10,100");

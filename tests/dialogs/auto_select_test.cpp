@@ -8,8 +8,6 @@
 #include <functional>
 #include <set>
 
-#include <nlohmann/json.hpp>
-
 #include "catalog/function_manager.h"
 #include "dialogs/auto_select_dialog.h"
 #include "host/clock.h"
@@ -24,7 +22,6 @@
 namespace {
 
 using D = CAutoSelectDialog;
-using nyind_test::fs::path;
 
 // The user's hands on an open picking dialog.
 struct User {
@@ -92,16 +89,7 @@ protected:
         return dialog;
     }
     // The codes that nyind picks, run as its own process over an installation of its own.
-    std::set<std::string> NyindPick(const std::string& args) {
-        const path home = m_dir.path() / "nyind";
-        if (!nyind_test::fs::exists(home)) nyind_test::LinkInstallation(home);
-        const auto run = nyind_test::Nyind("--home " + home.string() + " pick " + args + " --json");
-        EXPECT_EQ(run.status, 0) << run.err;
-        std::set<std::string> codes;
-        const nlohmann::json out = nlohmann::json::parse(run.out);
-        for (const auto& stock : out["stocks"]) codes.insert(stock["code"].get<std::string>());
-        return codes;
-    }
+    std::set<std::string> NyindPick(const std::string& args) { return nyind_test::PickedCodes(m_dir.path() / "nyind", args); }
     // The user loads the rule file of that name.
     void LoadRule(const char* name, User& user) {
         m_headless.dialogs.Expect("CSelStockFileDialog", [name](ny::HeadlessDialog& files) {
