@@ -1,13 +1,16 @@
 #pragma once
-// Tables of test cases kept as text files under tests/, UTF-8: one case a line, its fields
-// separated by '|' and trimmed of blanks; blank lines and lines starting with '#' are skipped.
-// The first field names the table, so that one file can hold the tables of several tests.
-// Inside a field \n \r \t \| \\ and \xHH stand for their bytes, and a field in double quotes
-// keeps its blanks.
+// Tables of test cases kept as text files under tests/, UTF-8, one case a line; empty lines and
+// lines starting with '#' are skipped. Two row forms:
+// - free rows, walked by ForEachRow, often "TEXT -> EXPECTED" (SplitAtArrow);
+// - named rows, read by ReadRows: fields separated by '|' and trimmed of blanks, the first field
+//   naming the table, so that one file can hold the tables of several tests. Inside a field
+//   \n \r \t \| \\ and \xHH stand for their bytes, and a field in double quotes keeps its blanks.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -50,26 +53,50 @@ inline std::string Unescape(std::string field) {
     return out;
 }
 
-// The rows of `table` in tests/<file>; a missing file or table fails the test.
-inline std::vector<Row> ReadRows(const std::string& file, const std::string& table) {
+// Calls `visit` with each line of tests/<file> that is not empty or a comment, and its number.
+inline void ForEachLine(const std::string& file, const std::function<void(const std::string&, int)>& visit) {
     std::ifstream in(NY_SOURCE_DIR "/tests/" + file);
     EXPECT_TRUE(in.good()) << "cannot read tests/" << file;
-    std::vector<Row> rows;
     int number = 0;
     for (std::string line; std::getline(in, line);) {
         ++number;
-        if (line.find_first_not_of(" \t\r") == std::string::npos || line[0] == '#') continue;
+        if (!line.empty() && line[0] != '#') visit(line, number);
+    }
+}
+
+// Calls `row` with each row of tests/<file>, under a trace naming its file and line.
+inline void ForEachRow(const std::string& file, const std::function<void(const std::string&)>& row) {
+    ForEachLine(file, [&](const std::string& line, int number) {
+        SCOPED_TRACE(file + ":" + std::to_string(number) + ": " + line);
+        row(line);
+    });
+}
+
+// Cuts a row "TEXT -> EXPECTED" at its first arrow; false for a row without one.
+inline bool SplitAtArrow(const std::string& row, std::string* text, std::string* expected) {
+    const size_t arrow = row.find(" ->");
+    if (arrow == std::string::npos) return false;
+    *text = row.substr(0, arrow);
+    *expected = row.substr(std::min(row.size(), arrow + (row.compare(arrow, 4, " -> ") == 0 ? 4 : 3)));
+    return true;
+}
+
+// The rows of `table` in tests/<file>; a missing file or table fails the test.
+inline std::vector<Row> ReadRows(const std::string& file, const std::string& table) {
+    std::vector<Row> rows;
+    ForEachLine(file, [&](const std::string& line, int number) {
+        if (line.find_first_not_of(" \t\r") == std::string::npos) return;
         std::vector<std::string> raw(1);
         for (size_t i = 0; i < line.size(); ++i) {
             if (line[i] == '|') raw.emplace_back();
             else if (line[i] == '\\' && i + 1 < line.size()) raw.back() += line.substr(i++, 2);
             else if (line[i] != '\r') raw.back() += line[i];
         }
-        if (Unescape(raw[0]) != table) continue;
+        if (Unescape(raw[0]) != table) return;
         Row row{file + ":" + std::to_string(number), {}};
         for (size_t i = 1; i < raw.size(); ++i) row.fields.push_back(Unescape(raw[i]));
         rows.push_back(std::move(row));
-    }
+    });
     EXPECT_FALSE(rows.empty()) << "no rows of table " << table << " in tests/" << file;
     return rows;
 }

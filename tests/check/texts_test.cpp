@@ -7,7 +7,7 @@
 #include "check/syntax_result.h"
 #include "dialogs/formula_dialog.h"
 #include "tests/check/check_fixture.h"
-#include "tests/table_file.h"
+#include "tests/case_file.h"
 
 namespace {
 
@@ -134,13 +134,13 @@ protected:
 TEST_F(Texts, OfTheTables) {
     std::string section;
     int rows = 0;
-    nytest::ForEachRow("check/texts.txt", [&](const std::string& line) {
+    testcases::ForEachRow("check/texts.txt", [&](const std::string& line) {
         if (line.rfind("== ", 0) == 0) {
             section = line.substr(3);
             return;
         }
         std::string text, expected;
-        ASSERT_TRUE(nytest::SplitAtArrow(line, &text, &expected));
+        ASSERT_TRUE(testcases::SplitAtArrow(line, &text, &expected));
         expected = Trim(expected);
         ++rows;
         if (section == "lex" || section == "paint") {

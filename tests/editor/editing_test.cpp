@@ -9,7 +9,7 @@
 #include "host/encoding.h"
 
 #include "tests/editor/editor_fixture.h"
-#include "tests/table_file.h"
+#include "tests/case_file.h"
 
 namespace {
 
@@ -67,9 +67,9 @@ std::vector<InputEvent> Events(const std::string& text) {
 }
 
 TEST(EditorSessions, LeaveTextCursorAndAnchorAsExpected) {
-    nytest::ForEachRow("editor/sessions.txt", [](const std::string& row) {
+    testcases::ForEachRow("editor/sessions.txt", [](const std::string& row) {
         std::string start, result;
-        ASSERT_TRUE(nytest::SplitAtArrow(row, &start, &result));
+        ASSERT_TRUE(testcases::SplitAtArrow(row, &start, &result));
         const std::vector<std::string> given = Fields(start), want = Fields(result);
         ASSERT_TRUE(given.size() == 4 && want.size() >= 3);
         nytest::HeadlessEditor h;

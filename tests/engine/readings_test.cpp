@@ -16,7 +16,7 @@
 #include "host/group.h"
 #include "tests/engine/formula_fixture.h"
 #include "tests/host/temp_installation.h"
-#include "tests/table_file.h"
+#include "tests/case_file.h"
 
 namespace {
 
@@ -169,8 +169,8 @@ int CheckTable(const std::string& name) {
     CExpression statement;
     std::vector<CHisDay> bars;
     int rows = 0;
-    nytest::ForEachRow("engine/" + name, [&](const std::string& line) {
-        if (std::string text, result; nytest::SplitAtArrow(ny::Utf8ToGbk(line), &text, &result)) {
+    testcases::ForEachRow("engine/" + name, [&](const std::string& line) {
+        if (std::string text, result; testcases::SplitAtArrow(ny::Utf8ToGbk(line), &text, &result)) {
             ASSERT_TRUE(ind) << "a row before the first bars";
             CheckRow(*ind, statement, text, result);
             ++rows;

@@ -14,7 +14,7 @@
 #include "host/stockdb.h"
 #include "model/period.h"
 #include "tests/picker/picker_fixture.h"
-#include "tests/table_file.h"
+#include "tests/case_file.h"
 
 namespace {
 
@@ -94,14 +94,14 @@ struct BarCase {
 
 TEST(BarCases, EveryCaseOfTheTable) {
     std::unique_ptr<BarCase> current;
-    nytest::ForEachRow("picker/bars.txt", [&](const std::string& line) {
+    testcases::ForEachRow("picker/bars.txt", [&](const std::string& line) {
         if (line.rfind("== ", 0) == 0) {
             current = std::make_unique<BarCase>();
             return;
         }
         ASSERT_TRUE(current);
         std::string text = line, want;
-        nytest::SplitAtArrow(line, &text, &want);
+        testcases::SplitAtArrow(line, &text, &want);
         std::istringstream in(text);
         std::string command;
         in >> command;
