@@ -330,8 +330,10 @@ float Statistic(const PeriodCall& c, int i) {
 // The windows of neighbouring bars are independent, so kLanes of them run side by side: lane l
 // takes the steps of bar i0 + l, in the same order and with the same float and double roundings
 // as the bar-by-bar functions above, so every value is the same; the compiler turns the lanes into
-// vector instructions, and the chains of float steps no longer wait on one another.
-constexpr int kLanes = 8;
+// vector instructions, and the chains of float steps no longer wait on one another. Thirty-two
+// lanes fill several vector registers, so that even the widest vectors keep more than one chain
+// in flight.
+constexpr int kLanes = 32;
 
 struct LaneBlock {
     const float* x;  // X, read directly: every window of the block lies inside the buffer
@@ -394,7 +396,7 @@ bool HasLaneForm(Name name) {
 }
 
 // The results of bars i0 .. i0 + kLanes - 1, each as Extreme or Statistic gives it.
-void LaneResults(const PeriodCall& c, int i0, float* out) {
+NY_WIDE_VECTORS void LaneResults(const PeriodCall& c, int i0, float* out) {
     const LaneBlock b{c.x.v, i0, c.n};
     float r[kLanes];
     switch (c.name) {
