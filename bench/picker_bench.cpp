@@ -301,11 +301,69 @@ void BM_PlainStandardSet(benchmark::State& state) {
     state.counters["hits"] = static_cast<double>(picked);
     state.SetLabel("items = bars");
 }
-// The engine and the baseline one after the other on each market, so that each is made once.
+// The recursions of the standard set alone, each a loop of its own over the closes as the
+// evaluator runs one statement after another, with the evaluator's exact steps: the rolling float
+// sums of the five moving averages, the three EMA and the four SMA. Each step waits for the one
+// before it, so no evaluator that keeps these results and runs statement by statement can take
+// less time than this on the same machine.
+class SerialSteps {
+public:
+    float Run(const CHisDay* bars, size_t n) {
+        m_close.resize(n);
+        m_out.assign(n, 0.0f);
+        for (size_t i = 0; i < n; ++i) m_close[i] = bars[i].m_fClose;
+        float last = 0;
+        for (int days : {5, 10, 20, 60, 20}) last += RollingSum(days);
+        for (int days : {12, 26, 9}) last += Recursion(static_cast<double>(days) - 1, 2, days + 1.0);
+        for (int days : {3, 3, 6, 6}) last += Recursion(static_cast<double>(days) - 1, 1, days);
+        return last;
+    }
+
+private:
+    float RollingSum(int days) {
+        const float* x = m_close.data();
+        m_out[0] = x[0];
+        for (size_t i = 1; i < m_close.size(); ++i) {
+            const double leaving = i < static_cast<size_t>(days) ? 0.0 : x[i - days];
+            m_out[i] = static_cast<float>((static_cast<double>(m_out[i - 1]) - leaving) + x[i]);
+        }
+        return m_out.back();
+    }
+    // y = (old weight * y + new weight * x) / divisor, stored as a float after every step.
+    float Recursion(double oldWeight, double newWeight, double divisor) {
+        float y = m_close[0];
+        for (size_t i = 1; i < m_close.size(); ++i) {
+            y = static_cast<float>((oldWeight * y + newWeight * m_close[i]) / divisor);
+            m_out[i] = y;
+        }
+        return y;
+    }
+
+    std::vector<float> m_close, m_out;
+};
+
+void BM_SerialStepsOfTheSet(benchmark::State& state) {
+    const MarketShape& shape = kShapes[state.range(0)];
+    const auto bars = OpenMarket(static_cast<int>(state.range(0))).DayBars(shape.bars);
+    SerialSteps steps;
+    for (auto _ : state) {
+        float sum = 0;
+        for (const std::vector<CHisDay>& stock : bars) sum += steps.Run(stock.data(), stock.size());
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * bars.size() * shape.bars));
+    ReportPerStock(state, bars.size());
+    state.SetLabel("items = bars");
+}
+
+// The engine, the baseline and the floor one after the other on each market, so that each
+// market is made once.
 BENCHMARK(BM_EvaluateStandardSet)->Arg(0)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PlainStandardSet)->Arg(0)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SerialStepsOfTheSet)->Arg(0)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EvaluateStandardSet)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PlainStandardSet)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SerialStepsOfTheSet)->Arg(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
