@@ -27,19 +27,29 @@ CExpression::~CExpression() {
     delete[] m_pPoints;
 }
 
+bool CExpression::HasRoomFor(short bars) const {
+    return bars > 0 && bars <= m_nCapacity && m_pData != nullptr && m_pDrawData != nullptr;
+}
+
+void CExpression::ClearBars(short first, short bars) {
+    std::memset(m_pData + first, 0, sizeof(float) * (bars - first));
+    std::memset(m_pDrawData + 4 * first, 0, sizeof(float) * 4 * (bars - first));
+}
+
 void CExpression::AllocMem(short bars) {
     std::memset(m_lDrawArgs, 0, sizeof(m_lDrawArgs));
-    if (bars > 0 && bars == m_nAllocBars && m_pData != nullptr && m_pDrawData != nullptr) {
-        // The same size again, as for every stock of a pick: the buffers are kept and zeroed,
-        // which is what fresh ones would hold, without touching new memory.
-        std::memset(m_pData, 0, sizeof(float) * bars);
-        std::memset(m_pDrawData, 0, sizeof(float) * bars * 4);
+    if (HasRoomFor(bars)) {
+        // As for nearly every stock of a pick: the buffers are kept, and hold what fresh ones
+        // would, without touching new memory.
+        ClearBars(bars > m_nAllocBars ? m_nAllocBars : 0, bars);
+        m_nAllocBars = bars;
         return;
     }
     const short oldBars = m_nAllocBars;
     float* oldData = m_pData;
     float* oldDraw = m_pDrawData;
     m_nAllocBars = bars;
+    m_nCapacity = bars > 0 ? bars : 0;
     m_pData = nullptr;
     m_pDrawData = nullptr;
     if (bars > 0) {
@@ -56,10 +66,7 @@ void CExpression::AllocMem(short bars) {
 
 void CExpression::Change() {
     ForgetResult();
-    if (m_nAllocBars > 0) {
-        if (m_pData != nullptr) std::memset(m_pData, 0, sizeof(float) * m_nAllocBars);
-        if (m_pDrawData != nullptr) std::memset(m_pDrawData, 0, sizeof(float) * m_nAllocBars * 4);
-    }
+    if (m_nAllocBars > 0 && m_pData != nullptr && m_pDrawData != nullptr) ClearBars(0, m_nAllocBars);
 }
 
 void CExpression::ForgetResult() {
@@ -70,21 +77,26 @@ void CExpression::ForgetResult() {
     m_cFailCode = 0;
 }
 
-// Kept at the same size, AllocMem zeroes both buffers itself; grown, it copies the old values,
-// which Change must have zeroed first.
+// Buffers with room are zeroed once by AllocMem, which keeps nothing of a size counted as 0;
+// new ones copy the old values, which Change must have zeroed first.
 void CExpression::Renew(short bars) {
-    if (bars == m_nAllocBars)
+    if (HasRoomFor(bars)) {
         ForgetResult();
-    else
+        m_nAllocBars = 0;
+    } else {
         Change();
+    }
     AllocMem(bars);
 }
 
 void CExpression::ResetPoints(short barCount) {
-    delete[] m_pPoints;
-    const size_t bars = barCount > 0 ? static_cast<size_t>(barCount) : 0;
-    m_pPoints = new char[bars * 12 + 1];
-    std::memset(m_pPoints, 0, bars * 8);
+    const short bars = barCount > 0 ? barCount : 0;
+    if (m_pPoints == nullptr || bars > m_nPointsCapacity) {
+        delete[] m_pPoints;
+        m_pPoints = new char[static_cast<size_t>(bars) * 12 + 1];
+        m_nPointsCapacity = bars;
+    }
+    std::memset(m_pPoints, 0, static_cast<size_t>(bars) * 8);
 }
 
 CIndicator::~CIndicator() {

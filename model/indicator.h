@@ -100,6 +100,7 @@ public:
     unsigned char m_cFailCode = 0;  // the evaluator's code of the last run that failed, else 0
     float* m_pData = nullptr;      // m_nAllocBars values
     short m_nAllocBars = 0;
+    short m_nCapacity = 0;         // bars the buffers have room for, at least m_nAllocBars
     float* m_pDrawData = nullptr;  // 4 floats per bar for draw commands
     char m_DrawParams[128] = {};
     CString m_strDrawText;
@@ -114,11 +115,14 @@ public:
     CExpression& operator=(const CExpression& other);
     ~CExpression();
 
+    // Buffers of `bars` values, zero but for the values of a smaller earlier size, which a
+    // growing size keeps. Buffers with room enough are reused: a pick's stocks of different
+    // lengths do not allocate.
     void AllocMem(short bars);
     void Change();
     // Change and then AllocMem(bars), each buffer zeroed once instead of twice.
     void Renew(short bars);
-    // Frees the per-bar chart area and makes a fresh one, 12 bytes per bar, first 8 per bar zeroed.
+    // Makes the per-bar chart area 12 bytes per bar, first 8 per bar zeroed.
     void ResetPoints(short barCount);
 
     void Save(CBinStream& stream) const;
@@ -127,6 +131,11 @@ public:
 private:
     // Resets the result fields to "nothing computed", leaving the buffers as they are.
     void ForgetResult();
+    bool HasRoomFor(short bars) const;
+    // Zeroes bars first .. bars - 1 of both buffers.
+    void ClearBars(short first, short bars);
+
+    short m_nPointsCapacity = 0;  // bars the chart area has room for
 };
 
 class CIndicator {

@@ -39,19 +39,25 @@ TEST(Expression, ChangeClearsTheResultAndAllocMemKeepsValuesOnlyWhenGrowing) {
     e.Change();
     EXPECT_EQ(std::tuple(e.m_nFirst, e.m_nEnd, e.m_cComputed, e.m_cIsSeries), std::tuple(30000, 0, 0, 0));
     EXPECT_EQ(std::tuple(e.m_pData[1], e.m_pDrawData[19]), std::tuple(0.0f, 0.0f));
-    e.m_pData[1] = 2.0f;
+    e.m_pData[1] = 2.0f, e.m_pData[4] = 9.0f;
     e.AllocMem(2);  // shrinking clears
     EXPECT_EQ(e.m_pData[1], 0.0f);
+    e.m_pData[1] = 2.0f;
+    const float* room = e.m_pData;
+    e.AllocMem(5);  // growing within the room of 6: the same buffer, the old values, the rest zero
+    EXPECT_EQ(std::tuple(e.m_pData, e.m_pData[1], e.m_pData[4]), std::tuple(room, 2.0f, 0.0f));
     e.AllocMem(0);
     EXPECT_EQ(e.m_pData, nullptr);
     EXPECT_EQ(e.m_pDrawData, nullptr);
 }
 
-// Renew is Change then AllocMem: whatever the old size, the result is forgotten and every value
-// of both buffers is zero, none of the old values carried over as a grown AllocMem alone would.
+// Renew is Change then AllocMem: whatever the old size, within the buffers' room of 6 or beyond it,
+// the result is forgotten and every value of both buffers is zero, none of the old values carried
+// over as a grown AllocMem alone would.
 TEST(Expression, RenewForgetsTheResultAndZeroesBothBuffersAtAnySize) {
-    for (const auto& [before, after] : {std::pair<short, short>{4, 4}, {4, 6}, {6, 4}}) {
+    for (const auto& [before, after] : {std::pair<short, short>{4, 4}, {4, 6}, {6, 4}, {3, 5}, {4, 8}}) {
         CExpression e;
+        e.AllocMem(6);
         e.AllocMem(before);
         for (short i = 0; i < before; ++i) e.m_pData[i] = 5.0f, e.m_pDrawData[4 * i + 3] = 6.0f;
         e.m_nFirst = 1, e.m_nEnd = 3, e.m_cComputed = 1, e.m_cIsSeries = 1;
