@@ -27,6 +27,7 @@
 #include "installed_library.h"
 #include "nyind_runner.h"
 #include "picker/pick_request.h"
+#include "tests/checksum.h"
 
 namespace nyind_test {
 namespace {
@@ -44,22 +45,7 @@ constexpr GoldenPeriod kPeriods[] = {
     {"min30", NY_PERIOD_MIN30, false},
 };
 
-// FNV-1a over raw bytes: any changed bit of any value changes the sum.
-class Checksum {
-public:
-    void Add(const void* data, size_t size) {
-        const auto* bytes = static_cast<const unsigned char*>(data);
-        for (size_t i = 0; i < size; ++i) m_value = (m_value ^ bytes[i]) * 1099511628211ULL;
-    }
-    template <typename T>
-    void AddValue(const T& value) {
-        Add(&value, sizeof value);
-    }
-    uint64_t Value() const { return m_value; }
-
-private:
-    uint64_t m_value = 1469598103934665603ULL;
-};
+using testcases::Checksum;
 
 // Everything a caller can read of a statement after Calc.
 void AddStatement(const CExpression& s, short bars, Checksum* sum, std::ostream* dump) {

@@ -14,28 +14,26 @@
 #include "host/installation.h"
 #include "host/power.h"
 #include "host/stockdb.h"
+#include "tests/checksum.h"
 #include "tests/host/generated_market.h"
 #include "tests/host/temp_installation.h"
 
 namespace {
 
-// FNV-1a over the relative path and the bytes of every file, in path order.
+// A checksum of the relative path and the bytes of every file, in path order.
 uint64_t TreeChecksum(const std::string& root) {
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
         if (entry.is_regular_file()) files.push_back(std::filesystem::relative(entry.path(), root).string());
     std::sort(files.begin(), files.end());
-    uint64_t hash = 1469598103934665603ULL;
-    auto feed = [&hash](const std::string& bytes) {
-        for (unsigned char byte : bytes) hash = (hash ^ byte) * 1099511628211ULL;
-    };
+    testcases::Checksum sum;
     for (const std::string& file : files) {
         std::string bytes;
         ny::ReadWholeFile(root + "/" + file, &bytes);
-        feed(file);
-        feed(bytes);
+        sum.Add(file);
+        sum.Add(bytes);
     }
-    return hash;
+    return sum.Value();
 }
 
 TEST(SampleMarketGeneration, SameOptionsGiveTheSameFiles) {
