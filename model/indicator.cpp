@@ -36,15 +36,20 @@ void CExpression::ClearBars(short first, short bars) {
     std::memset(m_pDrawData + 4 * first, 0, sizeof(float) * 4 * (bars - first));
 }
 
-void CExpression::AllocMem(short bars) {
+void CExpression::ReuseBuffers(short bars, short kept) {
     std::memset(m_lDrawArgs, 0, sizeof(m_lDrawArgs));
+    ClearBars(kept, bars);
+    m_nAllocBars = bars;
+}
+
+void CExpression::AllocMem(short bars) {
     if (HasRoomFor(bars)) {
         // As for nearly every stock of a pick: the buffers are kept, and hold what fresh ones
         // would, without touching new memory.
-        ClearBars(bars > m_nAllocBars ? m_nAllocBars : 0, bars);
-        m_nAllocBars = bars;
+        ReuseBuffers(bars, bars > m_nAllocBars ? m_nAllocBars : 0);
         return;
     }
+    std::memset(m_lDrawArgs, 0, sizeof(m_lDrawArgs));
     const short oldBars = m_nAllocBars;
     float* oldData = m_pData;
     float* oldDraw = m_pDrawData;
@@ -77,15 +82,15 @@ void CExpression::ForgetResult() {
     m_cFailCode = 0;
 }
 
-// Buffers with room are zeroed once by AllocMem, which keeps nothing of a size counted as 0;
-// new ones copy the old values, which Change must have zeroed first.
+// Buffers with room are zeroed once, none of their values kept; new ones copy the old values,
+// which Change must have zeroed first.
 void CExpression::Renew(short bars) {
     if (HasRoomFor(bars)) {
         ForgetResult();
-        m_nAllocBars = 0;
-    } else {
-        Change();
+        ReuseBuffers(bars, 0);
+        return;
     }
+    Change();
     AllocMem(bars);
 }
 

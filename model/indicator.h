@@ -134,6 +134,8 @@ private:
     bool HasRoomFor(short bars) const;
     // Zeroes bars first .. bars - 1 of both buffers.
     void ClearBars(short first, short bars);
+    // Takes `bars` of the buffers' room, keeping the values of the first `kept`.
+    void ReuseBuffers(short bars, short kept);
 
     short m_nPointsCapacity = 0;  // bars the chart area has room for
 };
